@@ -1,0 +1,20 @@
+# Compiler and linker flags of every target of this project, carried by the interface target talvio_options.
+
+add_library(talvio_options INTERFACE)
+target_compile_options(talvio_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wcast-align=strict -Wundef -Wvla
+    $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual -Wsuggest-override -Wextra-semi>)
+if(TALVIO_WERROR)
+    target_compile_options(talvio_options INTERFACE -Werror)
+endif()
+
+if(TALVIO_SANITIZE)
+    # Frame pointers keep the reports readable; a report ends the test that made it.
+    target_compile_options(talvio_options INTERFACE
+        -fsanitize=${TALVIO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    target_link_options(talvio_options INTERFACE -fsanitize=${TALVIO_SANITIZE})
+else()
+    target_compile_options(talvio_options INTERFACE -fstack-protector-strong)
+    target_compile_definitions(talvio_options INTERFACE $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>)
+    target_link_options(talvio_options INTERFACE -Wl,-z,relro,-z,now)
+endif()

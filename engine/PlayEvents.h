@@ -1,0 +1,16 @@
+// What the engine tells the main window. The window implements it; the engine's callbacks, which run on the playback
+// library's threads, reach the window only through it.
+#pragma once
+
+class CPlayEvents {
+  public:
+    virtual ~CPlayEvents() = default;
+
+    // 100: the stream's encoding changed; 101: the file has ended. Any thread.
+    virtual void SendMsg(int nCode) = 0;
+    // A picture has been displayed: the moment to capture one when continuous capture is on. Any thread.
+    virtual void ConCapPic() = 0;
+};
+
+// The running program's main window; null before it is made. Set once, before any file is opened.
+extern CPlayEvents* g_pApp;
