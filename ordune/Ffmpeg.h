@@ -1,0 +1,73 @@
+// Owning wrappers of FFmpeg's objects and the translation of its error codes.
+//
+// Each kind of object is made and freed here and nowhere else in this library. The wrappers are plain
+// std::unique_ptr: null means that there is none, or that memory ran out when it was to be made.
+#pragma once
+
+#include "ordune/Error.h"
+
+#include <memory>
+#include <string>
+
+struct AVBSFContext;
+struct AVCodecContext;
+struct AVCodecParameters;
+struct AVFormatContext;
+struct AVFrame;
+struct AVIOContext;
+struct AVPacket;
+
+namespace ordune::ffmpeg {
+
+struct PacketFree {
+    void operator()(AVPacket* packet) const;
+};
+struct FrameFree {
+    void operator()(AVFrame* frame) const;
+};
+struct CodecContextFree {
+    void operator()(AVCodecContext* context) const;
+};
+// Closes an input; a context with an AVIOContext of its caller's leaves that alone.
+struct FormatContextFree {
+    void operator()(AVFormatContext* context) const;
+};
+struct ParametersFree {
+    void operator()(AVCodecParameters* parameters) const;
+};
+// Frees the context and its buffer; what it reads from stays open.
+struct IoContextFree {
+    void operator()(AVIOContext* context) const;
+};
+struct BitstreamFilterFree {
+    void operator()(AVBSFContext* filter) const;
+};
+
+using PacketPtr = std::unique_ptr<AVPacket, PacketFree>;
+using FramePtr = std::unique_ptr<AVFrame, FrameFree>;
+using CodecContextPtr = std::unique_ptr<AVCodecContext, CodecContextFree>;
+using FormatContextPtr = std::unique_ptr<AVFormatContext, FormatContextFree>;
+using ParametersPtr = std::unique_ptr<AVCodecParameters, ParametersFree>;
+using IoContextPtr = std::unique_ptr<AVIOContext, IoContextFree>;
+using BitstreamFilterPtr = std::unique_ptr<AVBSFContext, BitstreamFilterFree>;
+
+PacketPtr MakePacket();
+FramePtr MakeFrame();
+ParametersPtr MakeParameters();
+// A copy of all parameters, extradata included; null when out of memory.
+ParametersPtr CloneParameters(const AVCodecParameters* from);
+
+// A decoder for these parameters, opened, with `threads` threads (frame and slice threading as the codec
+// can). Packet time stamps come back on frames unchanged. ErrorKind::UnknownCodec where libavcodec lacks it.
+Result<CodecContextPtr> OpenDecoder(const AVCodecParameters* parameters, int threads,
+                                    const std::string& file);
+
+// FFmpeg's words for one of its error codes.
+std::string ErrorText(int code);
+// FFmpeg's error code as an error of this library: `doing` begins the text ("cannot open the file").
+Error MakeError(int code, const std::string& doing, const std::string& file);
+
+// Silences FFmpeg's log, once for the process: this library tells what is wrong by values. Any thread.
+void QuietLog();
+
+} // namespace ordune::ffmpeg
