@@ -1,5 +1,5 @@
-// What the engine tells the main window. The window implements it; the engine's callbacks, which run on the playback
-// library's threads, reach the window only through it.
+// What the engine tells the main window. The window implements it; the engine's callbacks, which run on the
+// playback library's threads, reach the window only through it.
 #pragma once
 
 class CPlayEvents {
