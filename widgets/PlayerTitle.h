@@ -2,7 +2,6 @@
 // close. It moves the window by dragging and stretches it over the screen by a double-click.
 #pragma once
 
-#include <QImage>
 #include <QPoint>
 #include <QRect>
 #include <QString>

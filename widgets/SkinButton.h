@@ -26,6 +26,7 @@ class CSkinButton : public QPushButton {
     void SetTitleButtonStatus(bool bFlag);
 
   protected:
+    bool event(QEvent* pEvent) override;
     void mousePressEvent(QMouseEvent* pEvent) override;
     void mouseReleaseEvent(QMouseEvent* pEvent) override;
     void enterEvent(QEnterEvent* pEvent) override;
