@@ -22,7 +22,8 @@ struct Colour {
 struct DrawOptions {
     ordune::ScaleQuality quality = ordune::ScaleQuality::High;
     Colour colour;
-    ordune::PictureArea area; // part of the picture that is shown; empty: all of it
+    int brightness_offset = 0; // added to what is shown, in steps of 1/255
+    ordune::PictureArea area;  // part of the picture that is shown; empty: all of it
 };
 
 enum class OutputState {
@@ -44,8 +45,8 @@ class VideoOutput {
     virtual OutputState HandleEvents() = 0;
 };
 
-// An output into a child window of its own inside the X window; null when the server or the window is not there.
-// `DISPLAY` tells the server.
+// An output into a child window of its own inside the X window; null when the server or the window is not
+// there. `DISPLAY` tells the server.
 std::unique_ptr<VideoOutput> MakeXVideoOutput(std::uint32_t window);
 
 } // namespace dravo

@@ -1,0 +1,329 @@
+// The play thread. Each turn of the loop: do what was asked, show the picture that is due if it is there, let
+// the sound follow, and sleep until something is due or something wakes it.
+//
+// A picture is shown in two steps. Commit makes it the current one under the lock, unless a jump, a pause or
+// a stop has come in between (the epoch tells), so that what the queries say and what is shown never part.
+// Present then draws it and makes the callbacks with no lock held.
+
+#include "dravo/Player.h"
+#include "ordune/Brightness.h"
+
+#include <algorithm>
+
+namespace dravo {
+
+using namespace std::chrono_literals;
+using ordune::Direction;
+using ordune::FrameNumber;
+using ordune::kNoFrame;
+using ordune::MediaTime;
+using ordune::PicturePtr;
+using std::chrono::nanoseconds;
+
+namespace {
+
+// Grid of the coarse timer: several wake-ups fall together on it.
+using CoarseTick = std::chrono::duration<std::int64_t, std::ratio<1, 100>>;
+
+WallTime WallNow() {
+    return std::chrono::steady_clock::now();
+}
+
+} // namespace
+
+void Player::Loop() {
+    pthread_setname_np(pthread_self(), "dravo-play");
+    while (true) {
+        while (RunCommand()) {
+        }
+        {
+            const std::lock_guard lock(m_mutex);
+            if (m_closing) break;
+        }
+        m_display.HandleEvents();
+        ApplyQuality();
+        TellIndexDone();
+        const Next next = Advance();
+        FollowWithSound();
+        if (!next.again) Sleep(next);
+    }
+    Leave();
+}
+
+bool Player::RunCommand() {
+    std::unique_lock lock(m_mutex);
+    if (m_commands.empty()) return false;
+    const Command command = std::move(m_commands.front());
+    m_commands.pop_front();
+    lock.unlock();
+    const bool done = command.work();
+    if (!command.answer) return true;
+    lock.lock();
+    *command.answer = done;
+    m_changed.notify_all();
+    return true;
+}
+
+void Player::ApplyQuality() {
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!m_quality_changed) return;
+        m_quality_changed = false;
+        const auto full = m_high_quality ? ordune::ScaleQuality::High : ordune::ScaleQuality::Fast;
+        m_display.SetQuality(m_half_resolution ? ordune::ScaleQuality::Half : full);
+    }
+    m_display.Redraw();
+}
+
+void Player::TellIndexDone() {
+    if (m_index_told || !m_index_done || !m_parts.callbacks->WantsFileRef()) return;
+    m_index_told = true;
+    m_parts.callbacks->CallFileRef();
+}
+
+Player::Next Player::Advance() {
+    std::unique_lock lock(m_mutex);
+    if (m_state == State::Stopped) return {};
+    const std::uint64_t epoch = m_epoch;
+    if (m_pending) {
+        const FrameNumber frame = *m_pending;
+        const Direction direction = m_direction;
+        lock.unlock();
+        return ServePending(frame, direction, epoch);
+    }
+    if (m_state != State::Playing || m_ended) return {};
+    lock.unlock();
+    return PlayOn(epoch);
+}
+
+// ---- Reaching a position
+
+Player::Next Player::ServePending(FrameNumber frame, Direction direction, std::uint64_t epoch) {
+    const ordune::FrameIndex& index = m_file->Index();
+    if (index.Complete() && frame >= index.Total()) {
+        // The total was an estimate when the position was asked for.
+        Redirect(index.Total() - 1, Direction::Backward, epoch);
+        return {.again = true, .until = {}};
+    }
+    m_hungry = true;
+    m_reader->SetWant({.frame = frame, .direction = direction, .exact = true});
+    if (const PicturePtr picture = m_reader->Find(frame)) {
+        m_hungry = false;
+        if (Commit(picture, epoch, true)) Present(picture, epoch, true);
+        return {.again = true, .until = {}};
+    }
+    if (m_reader->StateOf(frame) != ordune::FrameReader::State::Undecodable) return {};
+
+    // A picture that is damaged beyond decoding is passed over in the direction of the move; a jump that
+    // finds nothing up to the end looks back.
+    m_hungry = false;
+    if (direction == Direction::Forward && frame + 1 < index.Total()) {
+        Redirect(frame + 1, direction, epoch);
+    } else if (direction == Direction::Backward && frame > 0) {
+        Redirect(frame - 1, direction, epoch);
+    } else {
+        Redirect(kNoFrame, direction, epoch);
+    }
+    return {.again = true, .until = {}};
+}
+
+// Aims the pending position at another frame, kNoFrame when there is none further on.
+void Player::Redirect(FrameNumber frame, Direction direction, std::uint64_t epoch) {
+    const std::lock_guard lock(m_mutex);
+    if (m_epoch != epoch || !m_pending) return;
+    if (frame == kNoFrame && !m_stepping && !m_turned) {
+        // Nothing this way: once, the other way is tried.
+        m_turned = true;
+        const bool forward = direction == Direction::Forward;
+        m_direction = forward ? Direction::Backward : Direction::Forward;
+        return;
+    }
+    if (frame != kNoFrame) {
+        m_pending = frame;
+        m_direction = direction;
+        return;
+    }
+    m_pending.reset();
+    m_shown_epoch = epoch;
+    m_given_up_epoch = epoch;
+    if (m_state == State::Playing) m_ended = true;
+    m_changed.notify_all();
+}
+
+// ---- Playing on
+
+Player::Next Player::PlayOn(std::uint64_t epoch) {
+    FrameNumber current = 0;
+    PlayClock clock;
+    SpeedLadder speed;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_epoch != epoch) return {.again = true, .until = {}};
+        current = m_current;
+        clock = m_clock;
+        speed = m_speed;
+    }
+    const ordune::FrameIndex& index = m_file->Index();
+    const MediaTime frame_time(1'000'000 * index.RateDenominator() /
+                               std::max<std::int64_t>(index.RateNumerator(), 1));
+    const nanoseconds interval = speed.ToWall(frame_time);
+    if (m_governed_epoch != epoch) {
+        m_governed_epoch = epoch;
+        m_governor.Reset(interval);
+    }
+
+    const WallTime now = WallNow();
+    const MediaTime media = clock.Now(now);
+    if (index.Complete() && media >= index.Duration()) return AtEnd(epoch);
+
+    const FrameNumber next = current + 1;
+    const WallTime next_due = clock.When(index.TimeOf(next));
+    const WallTime not_before = DuePicture::NotBefore(m_last_shown, next_due, interval);
+    const FrameNumber due = index.FrameAt(media);
+    if (due <= current || now < not_before) {
+        if (next >= index.Total()) return {.until = clock.When(index.Duration())};
+        WantAhead(std::max(next, due));
+        return {.until = not_before};
+    }
+
+    const bool each = DuePicture::Choose(now - next_due, interval) == Pick::Oldest;
+    m_hungry = true;
+    WantAhead(each ? next : due);
+    const PicturePtr picture = each ? m_reader->FindOldest(next, due) : m_reader->FindNewest(next, due);
+    if (!picture) {
+        // Key pictures are far apart, and pictures that are left out never come: neither means being late.
+        if (m_governor.Current() != ordune::Effort::KeysOnly)
+            m_governor.Shown(now - next_due - m_leave_out.load() * interval, now);
+        return {.until = clock.When(index.TimeOf(due + 1))};
+    }
+    m_hungry = false;
+    m_governor.Shown(now - clock.When(picture->Time()), now);
+    if (Commit(picture, epoch, false)) Present(picture, epoch, false);
+    return {.again = true, .until = {}};
+}
+
+void Player::WantAhead(FrameNumber frame) {
+    m_reader->SetWant({.frame = frame,
+                       .direction = Direction::Forward,
+                       .exact = false,
+                       .effort = m_governor.Current(),
+                       .leave_out = m_leave_out});
+}
+
+Player::Next Player::AtEnd(std::uint64_t epoch) {
+    const FrameNumber last = m_file->Index().Total() - 1;
+    const bool decodable = m_reader->StateOf(last) != ordune::FrameReader::State::Undecodable;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_epoch != epoch) return {.again = true, .until = {}};
+        if (m_current != last && decodable) {
+            // Whatever was left out on the way: the last picture is the one that stays.
+            SeekLocked(last, Direction::Forward, false);
+            m_ending = true;
+            return {.again = true, .until = {}};
+        }
+        m_ended = true;
+        m_clock.Pause(WallNow());
+    }
+    FollowWithSound();
+    m_parts.callbacks->CallFileEnd();
+    return {.again = true, .until = {}};
+}
+
+// ---- Showing a picture
+
+bool Player::Commit(const PicturePtr& picture, std::uint64_t epoch, bool arrived) {
+    const WallTime now = WallNow();
+    const std::lock_guard lock(m_mutex);
+    if (m_epoch != epoch || m_closing || m_state == State::Stopped) return false;
+    if (arrived) {
+        m_pending.reset();
+        if (m_state == State::Playing) {
+            // The last picture of a film that was played past it has had its time.
+            m_clock.RunFrom(m_ending ? m_file->Index().Duration() : picture->Time(), now);
+        } else {
+            m_clock.StandAt(picture->Time());
+        }
+        m_ending = false;
+        m_turned = false;
+    }
+    m_current = picture->Number();
+    m_picture = picture;
+    m_changed.notify_all();
+    return true;
+}
+
+void Player::Present(const PicturePtr& picture, std::uint64_t epoch, bool arrived) {
+    m_presenting = picture;
+    m_display.Show(picture, BrightnessCorrection(*picture, arrived));
+    m_last_shown = WallNow();
+    {
+        const std::lock_guard lock(m_mutex);
+        m_shown_epoch = std::max(m_shown_epoch, epoch);
+        m_changed.notify_all();
+    }
+    if (picture->Width() != m_told_width || picture->Height() != m_told_height) {
+        m_told_width = picture->Width();
+        m_told_height = picture->Height();
+        m_parts.callbacks->CallEncTypeChange();
+    }
+    if (m_parts.callbacks->WantsDisplay()) CallDisplay(*picture);
+    m_presenting.reset();
+}
+
+int Player::BrightnessCorrection(const ordune::Picture& picture, bool arrived) {
+    bool on = false;
+    {
+        const std::lock_guard lock(m_mutex);
+        on = m_deflash_on;
+    }
+    // Only pictures that follow each other can pump; one that was jumped to is shown as it is.
+    if (!on || arrived) m_deflash.Reset();
+    if (!on) return 0;
+    const std::optional<double> mean = ordune::MeanBrightness(picture);
+    if (!mean) return 0;
+    const auto key = m_file->Index().KeyAtOrBefore(picture.Number());
+    return m_deflash.Correction(*mean, key && key->frame == picture.Number());
+}
+
+void Player::CallDisplay(const ordune::Picture& picture) {
+    if (!m_planar.Make(picture)) return;
+    const auto stamp = std::chrono::floor<std::chrono::milliseconds>(picture.Time());
+    m_parts.callbacks->CallDisplay(reinterpret_cast<char*>(m_planar.Data()),
+                                   static_cast<int>(m_planar.Bytes()), m_planar.Width(), m_planar.Height(),
+                                   static_cast<int>(stamp.count()));
+}
+
+// ---- Sound and sleep
+
+void Player::FollowWithSound() {
+    if (!m_sound) return;
+    std::unique_lock lock(m_mutex);
+    const bool heard = m_sound_wanted && m_state == State::Playing && !m_pending && !m_ended &&
+                       m_speed.Heard() && !m_closing;
+    const WallTime now = WallNow();
+    m_sound->Follow(heard, m_clock, m_speed, m_epoch);
+    if (!heard) return;
+    if (const std::optional<MediaTime> sounding = m_sound->Heard(now)) m_clock.Steer(*sounding, now);
+}
+
+void Player::Sleep(const Next& next) {
+    std::optional<WallTime> until = next.until;
+    if (until && m_coarse_timer) {
+        until = WallTime(std::chrono::ceil<CoarseTick>(until->time_since_epoch()));
+    }
+    std::vector<int> descriptors;
+    m_display.AppendDescriptors(descriptors);
+    m_wake.Wait(descriptors, until);
+}
+
+void Player::Leave() {
+    m_display.Close();
+    const std::lock_guard lock(m_mutex);
+    m_commands.clear();
+    m_state = State::Stopped;
+    m_picture.reset();
+    m_changed.notify_all();
+}
+
+} // namespace dravo

@@ -1,0 +1,43 @@
+#include "dravo/Port.h"
+
+namespace dravo {
+
+Port::Port(int number) : m_callbacks(std::make_shared<PortCallbacks>(number)) {}
+
+Port::~Port() {
+    Close();
+}
+
+bool Port::Open(const std::string& path) {
+    const std::lock_guard opening(m_opening);
+    if (OpenPlayer()) return false;
+    Player::Parts parts{.callbacks = m_callbacks,
+                        .make_output = [](std::uint32_t window) { return MakeXVideoOutput(window); },
+                        .make_sound = [] { return SoundOutput::Make(); },
+                        .reader = {}};
+    auto player = Player::Open(path, std::move(parts));
+    if (!player) return false;
+    const std::lock_guard lock(m_mutex);
+    m_player = std::move(player.Value());
+    return true;
+}
+
+bool Port::Close() {
+    std::shared_ptr<Player> player;
+    {
+        const std::lock_guard lock(m_mutex);
+        player = std::move(m_player);
+        m_player.reset();
+    }
+    if (!player) return false;
+    player->Close();
+    m_callbacks->Clear();
+    return true;
+}
+
+std::shared_ptr<Player> Port::OpenPlayer() const {
+    const std::lock_guard lock(m_mutex);
+    return m_player;
+}
+
+} // namespace dravo

@@ -1,0 +1,35 @@
+// A port: callbacks that may be registered before a file is open, and the open file's player.
+#pragma once
+
+#include "dravo/Player.h"
+
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace dravo {
+
+class Port {
+  public:
+    explicit Port(int number);
+    ~Port();
+    Port(const Port&) = delete;
+    Port& operator=(const Port&) = delete;
+
+    // Any thread. Opening fails when a file is open already; closing fails when none is.
+    bool Open(const std::string& path);
+    bool Close();
+
+    // The open file's player; null when there is none. Whoever holds it may use it while the port is closed:
+    // its calls then fail.
+    std::shared_ptr<Player> OpenPlayer() const;
+    const std::shared_ptr<PortCallbacks>& Callbacks() const { return m_callbacks; }
+
+  private:
+    const std::shared_ptr<PortCallbacks> m_callbacks;
+    std::mutex m_opening; // held while a file is being opened, so that of two calls one fails
+    mutable std::mutex m_mutex;
+    std::shared_ptr<Player> m_player; // guarded by m_mutex
+};
+
+} // namespace dravo
