@@ -1,5 +1,5 @@
-// Sound samples of a file from a time on. Opens the file for itself, so that picture and sound never wait for each
-// other. Used by one thread at a time.
+// Sound samples of a file from a time on. Opens the file for itself, so that picture and sound never wait for
+// each other. Used by one thread at a time.
 #pragma once
 
 #include "ordune/Error.h"
@@ -23,9 +23,11 @@ class SoundReader {
     static Result<std::unique_ptr<SoundReader>> Make(const MediaFile& file, int sample_rate, int channels);
     virtual ~SoundReader() = default;
 
-    // The next block begins with the sample at `time` (silence where the file has a gap or has not begun yet).
+    // The next block begins with the sample at `time` (silence where the file has a gap or has not begun
+    // yet).
     virtual Result<void> SeekTo(MediaTime time) = 0;
-    // The next samples, at most about 100 ms of them; nothing at the end of the sound. Damage becomes silence.
+    // The next samples, at most about 100 ms of them; nothing at the end of the sound. Damage becomes
+    // silence.
     virtual Result<std::optional<SoundBlock>> Next() = 0;
 };
 

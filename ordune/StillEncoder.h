@@ -20,7 +20,8 @@ class StillEncoder {
     StillEncoder(const StillEncoder&) = delete;
     StillEncoder& operator=(const StillEncoder&) = delete;
 
-    // Both write a whole file into `out` and return its length in bytes; ErrorKind::OutOfRange when it does not fit.
+    // Both write a whole file into `out` and return its length in bytes; ErrorKind::OutOfRange when it does
+    // not fit.
 
     // BMP, 24 bits a pixel, rows from the bottom up, BITMAPINFOHEADER.
     Result<std::size_t> EncodeBmp(const Picture& picture, std::span<std::uint8_t> out);
