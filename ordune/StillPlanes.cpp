@@ -100,8 +100,6 @@ void StillPlanes::Buffer::Size(int width, int height) {
     bytes.resize(static_cast<std::size_t>(stride) * static_cast<std::size_t>(height));
 }
 
-    av_frame_free(&frame);
-}
 void StillPlanes::ScalerDeleter::operator()(SwsContext* scaler) const {
     sws_freeContext(scaler);
 }
