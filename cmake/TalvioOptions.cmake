@@ -1,8 +1,9 @@
 # Compiler and linker flags of every target of this project, carried by the interface target talvio_options.
 
+# Designated initialisers leave members at their defaults on purpose.
 add_library(talvio_options INTERFACE)
 target_compile_options(talvio_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wcast-align=strict -Wundef -Wvla
+    -Wall -Wextra -Wno-missing-field-initializers -Wpedantic -Wshadow -Wnon-virtual-dtor -Wcast-align=strict -Wundef -Wvla
     $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual -Wsuggest-override -Wextra-semi>)
 if(TALVIO_WERROR)
     target_compile_options(talvio_options INTERFACE -Werror)
