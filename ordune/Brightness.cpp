@@ -19,7 +19,7 @@ double MeanOfGrid(const AVFrame& frame) {
     std::uint64_t count = 0;
     for (int y = 0; y < frame.height; y += kStep) {
         const std::uint8_t* row = frame.data[0] + static_cast<std::ptrdiff_t>(y) * frame.linesize[0];
-        const auto* samples = reinterpret_cast<const Sample*>(row);
+        const auto* samples = static_cast<const Sample*>(static_cast<const void*>(row));
         for (int x = 0; x < frame.width; x += kStep) {
             sum += samples[x];
             ++count;
