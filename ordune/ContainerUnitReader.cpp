@@ -1,0 +1,160 @@
+#include "ordune/ContainerUnitReader.h"
+
+extern "C" {
+#include <libavcodec/packet.h>
+#include <libavformat/avformat.h>
+}
+
+#include <cerrno>
+
+namespace ordune {
+
+namespace {
+
+// The largest coded picture that is believed: 8K video at its highest levels stays below a quarter of it.
+constexpr std::int64_t kLargestUnit = 256LL << 20;
+
+Error NotAGroup(const FileSource& file) {
+    return {ErrorKind::OutOfRange, "the position is not the beginning of a group of pictures", file.Path()};
+}
+
+CodedUnit Label(AVPacket* packet, UnitNumber number, const FrameTable& table) {
+    CodedUnit unit;
+    unit.packet = packet;
+    unit.number = number;
+    unit.key = table.BeginsGroup(number);
+    packet->pts = number;
+    packet->dts = AV_NOPTS_VALUE;
+    packet->duration = 0;
+    packet->flags = unit.key ? packet->flags | AV_PKT_FLAG_KEY : packet->flags & ~AV_PKT_FLAG_KEY;
+    // A unit that is decoded but not shown is told by the index. Left to libavcodec, its picture would vanish
+    // there, and on some decoders the next one with it.
+    packet->flags &= ~AV_PKT_FLAG_DISCARD;
+    return unit;
+}
+
+} // namespace
+
+Result<std::unique_ptr<UnitReader>> DirectUnitReader::Make(std::shared_ptr<const FileSource> file,
+                                                           std::shared_ptr<const FrameTable> table) {
+    ffmpeg::PacketPtr packet = ffmpeg::MakePacket();
+    if (!packet) return ffmpeg::MakeError(AVERROR(ENOMEM), "cannot read the file", file->Path());
+    return std::unique_ptr<UnitReader>(
+        new DirectUnitReader(std::move(file), std::move(table), std::move(packet)));
+}
+
+DirectUnitReader::DirectUnitReader(std::shared_ptr<const FileSource> file,
+                                   std::shared_ptr<const FrameTable> table, ffmpeg::PacketPtr packet)
+    : m_file(std::move(file)), m_table(std::move(table)), m_packet(std::move(packet)) {}
+
+Result<void> DirectUnitReader::SeekTo(UnitNumber first_of_group) {
+    if (!m_table->BeginsGroup(first_of_group)) return NotAGroup(*m_file);
+    m_next = first_of_group;
+    return {};
+}
+
+Result<std::optional<CodedUnit>> DirectUnitReader::Next() {
+    av_packet_unref(m_packet.get());
+    if (m_next >= m_table->KnownUnits()) return std::optional<CodedUnit>();
+    const FrameTable::Extent extent = m_table->ExtentOf(m_next);
+    if (extent.size_bytes > kLargestUnit) {
+        return Error{ErrorKind::Damaged, "a picture claims to be larger than any picture is", m_file->Path()};
+    }
+    const int code = av_new_packet(m_packet.get(), static_cast<int>(extent.size_bytes));
+    if (code < 0) return ffmpeg::MakeError(code, "cannot read the file", m_file->Path());
+    const std::int64_t got =
+        m_file->ReadAt(extent.offset_bytes, m_packet->data, static_cast<std::size_t>(extent.size_bytes));
+    if (got < 0) return Error{ErrorKind::Io, "the file cannot be read any more", m_file->Path()};
+    if (got < extent.size_bytes) {
+        return Error{ErrorKind::Io, "the file has become shorter while it was open", m_file->Path()};
+    }
+    m_packet->pos = extent.offset_bytes;
+    m_packet->stream_index = 0;
+    return std::optional(Label(m_packet.get(), m_next++, *m_table));
+}
+
+Result<std::unique_ptr<UnitReader>> FormatUnitReader::Make(std::shared_ptr<const FileSource> file,
+                                                           std::shared_ptr<const FrameTable> table,
+                                                           int stream_index) {
+    ffmpeg::PacketPtr packet = ffmpeg::MakePacket();
+    if (!packet) return ffmpeg::MakeError(AVERROR(ENOMEM), "cannot read the file", file->Path());
+    std::unique_ptr<FormatUnitReader> reader(
+        new FormatUnitReader(std::move(file), std::move(table), stream_index, std::move(packet)));
+    if (Result<void> ready = reader->Rewind(); !ready) return ready.Failure();
+    return std::unique_ptr<UnitReader>(std::move(reader));
+}
+
+FormatUnitReader::FormatUnitReader(std::shared_ptr<const FileSource> file,
+                                   std::shared_ptr<const FrameTable> table, int stream_index,
+                                   ffmpeg::PacketPtr packet)
+    : m_file(std::move(file)), m_table(std::move(table)), m_stream_index(stream_index),
+      m_packet(std::move(packet)) {}
+
+Result<void> FormatUnitReader::Rewind() {
+    m_input.reset();
+    m_have_packet = false;
+    m_next = 0;
+    Result<std::unique_ptr<FormatInput>> input = FormatInput::Open(m_file);
+    if (!input) return input.Failure();
+    m_input = std::move(input.Value());
+    // The same reading ahead as when the index was made, so that packets are cut the same way.
+    if (!m_input->IsMp4()) m_input->FindStreamInfo();
+    if (m_stream_index >= static_cast<int>(m_input->Context()->nb_streams)) {
+        return Error{ErrorKind::Io, "the file has changed while it was open", m_file->Path()};
+    }
+    m_input->ReadOnly(m_stream_index);
+    return {};
+}
+
+bool FormatUnitReader::ReadPacket() {
+    for (;;) {
+        av_packet_unref(m_packet.get());
+        if (av_read_frame(m_input->Context(), m_packet.get()) < 0) return false;
+        if (m_packet->stream_index == m_stream_index && m_packet->size > 0) return true;
+    }
+}
+
+bool FormatUnitReader::Matches(UnitNumber unit) const {
+    const FrameTable::Extent extent = m_table->ExtentOf(unit);
+    return extent.offset_bytes >= 0 && m_packet->pos == extent.offset_bytes &&
+           m_packet->size == extent.size_bytes;
+}
+
+// 1. A byte or time seek to somewhere at or before the unit, then on to the packet that lies where the unit
+// does.
+// 2. Where that does not find it, from the start, counting.
+Result<void> FormatUnitReader::SeekTo(UnitNumber first_of_group) {
+    if (!m_table->BeginsGroup(first_of_group)) return NotAGroup(*m_file);
+    const FrameTable::Extent extent = m_table->ExtentOf(first_of_group);
+    AVFormatContext* context = m_input->Context();
+    if (extent.offset_bytes >= 0 && first_of_group > 0) {
+        const AVStream* stream = context->streams[m_stream_index];
+        const FrameNumber frame = m_table->FrameOf(first_of_group);
+        std::int64_t time = av_rescale_q(m_table->TimeOf(frame == kNoFrame ? 0 : frame).count(),
+                                         AVRational{1, 1'000'000}, stream->time_base);
+        if (stream->start_time != AV_NOPTS_VALUE) time += stream->start_time;
+        if (avformat_seek_file(context, m_stream_index, INT64_MIN, time, time, 0) >= 0) {
+            while (ReadPacket()) {
+                if (Matches(first_of_group)) {
+                    m_next = first_of_group;
+                    m_have_packet = true;
+                    return {};
+                }
+                if (m_packet->pos > extent.offset_bytes) break;
+            }
+        }
+    }
+    if (Result<void> ready = Rewind(); !ready) return ready.Failure();
+    while (m_next < first_of_group && ReadPacket())
+        ++m_next;
+    return {};
+}
+
+Result<std::optional<CodedUnit>> FormatUnitReader::Next() {
+    if (m_next >= m_table->KnownUnits()) return std::optional<CodedUnit>();
+    if (!m_have_packet && !ReadPacket()) return std::optional<CodedUnit>();
+    m_have_packet = false;
+    return std::optional(Label(m_packet.get(), m_next++, *m_table));
+}
+
+} // namespace ordune

@@ -1,0 +1,62 @@
+// Reads the units of a file in a container: straight from the file by offset and size where packets are the
+// file's bytes, else through libavformat.
+#pragma once
+
+#include "ordune/Ffmpeg.h"
+#include "ordune/FileSource.h"
+#include "ordune/FormatInput.h"
+#include "ordune/FrameTable.h"
+#include "ordune/MediaFile.h"
+
+#include <memory>
+
+namespace ordune {
+
+// Units by offset and size.
+class DirectUnitReader final : public UnitReader {
+  public:
+    static Result<std::unique_ptr<UnitReader>> Make(std::shared_ptr<const FileSource> file,
+                                                    std::shared_ptr<const FrameTable> table);
+
+    Result<void> SeekTo(UnitNumber first_of_group) override;
+    Result<std::optional<CodedUnit>> Next() override;
+
+  private:
+    DirectUnitReader(std::shared_ptr<const FileSource> file, std::shared_ptr<const FrameTable> table,
+                     ffmpeg::PacketPtr packet);
+
+    const std::shared_ptr<const FileSource> m_file;
+    const std::shared_ptr<const FrameTable> m_table;
+    const ffmpeg::PacketPtr m_packet;
+    UnitNumber m_next = 0;
+};
+
+// Units through libavformat. After a seek a unit is known by its place in the file; where the container gives
+// none, the file is read from its start and counted.
+class FormatUnitReader final : public UnitReader {
+  public:
+    // Times of packets are matched too, since several may share a place; `origin_ticks` is frame 0's.
+    static Result<std::unique_ptr<UnitReader>>
+    Make(std::shared_ptr<const FileSource> file, std::shared_ptr<const FrameTable> table, int stream_index);
+
+    Result<void> SeekTo(UnitNumber first_of_group) override;
+    Result<std::optional<CodedUnit>> Next() override;
+
+  private:
+    FormatUnitReader(std::shared_ptr<const FileSource> file, std::shared_ptr<const FrameTable> table,
+                     int stream_index, ffmpeg::PacketPtr packet);
+    Result<void> Rewind();
+    // Reads the next packet of the stream; false at the end of the file.
+    bool ReadPacket();
+    bool Matches(UnitNumber unit) const;
+
+    const std::shared_ptr<const FileSource> m_file;
+    const std::shared_ptr<const FrameTable> m_table;
+    const int m_stream_index;
+    const ffmpeg::PacketPtr m_packet;
+    std::unique_ptr<FormatInput> m_input;
+    UnitNumber m_next = 0;
+    bool m_have_packet = false; // m_packet is unit m_next, read on the way here
+};
+
+} // namespace ordune

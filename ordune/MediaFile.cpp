@@ -1,0 +1,70 @@
+#include "ordune/MediaFile.h"
+
+#include "ordune/ContainerContent.h"
+#include "ordune/ContentCache.h"
+#include "ordune/FileSource.h"
+#include "ordune/FormatInput.h"
+
+#include <cstring>
+#include <new>
+
+namespace ordune {
+
+namespace {
+
+class OpenedFile final : public MediaFile {
+  public:
+    OpenedFile(std::shared_ptr<const FileSource> file, std::shared_ptr<FileContent> content)
+        : m_file(std::move(file)), m_content(std::move(content)) {}
+
+    ~OpenedFile() override { m_content->Withdraw(m_subscription); }
+
+    void Subscribe(std::function<void()> index_done) {
+        if (index_done) m_subscription = m_content->WhenComplete(std::move(index_done));
+    }
+
+    const std::string& Path() const override { return m_file->Path(); }
+    const VideoInfo& Video() const override { return m_content->Video(); }
+    const std::optional<SoundInfo>& Sound() const override { return m_content->Sound(); }
+    const FrameIndex& Index() const override { return m_content->Table(); }
+    MediaTime Origin() const override { return m_content->Origin(); }
+    const AVCodecParameters* VideoParameters() const override { return m_content->VideoParameters(); }
+    Result<std::unique_ptr<UnitReader>> MakeUnitReader() const override {
+        return m_content->MakeUnitReader(m_file);
+    }
+
+  private:
+    // Immutable after opening.
+    const std::shared_ptr<const FileSource> m_file;
+    const std::shared_ptr<FileContent> m_content;
+    std::uint64_t m_subscription = 0;
+};
+
+Result<std::shared_ptr<FileContent>> FindContent(const std::shared_ptr<const FileSource>& file) {
+    if (std::shared_ptr<FileContent> known = ContentCache::Shared().Find(file->Identity())) return known;
+    Result<std::unique_ptr<FormatInput>> input = FormatInput::Open(file);
+    if (!input) return input.Failure();
+    Result<std::shared_ptr<FileContent>> content = ContainerContent::Make(file, *input.Value());
+    // A file that was written to meanwhile is looked at afresh next time.
+    if (content && file->Unchanged()) ContentCache::Shared().Keep(file->Identity(), content.Value());
+    return content;
+}
+
+} // namespace
+
+Result<std::shared_ptr<MediaFile>> MediaFile::Open(const std::string& path,
+                                                   std::function<void()> index_done) {
+    try {
+        Result<std::shared_ptr<const FileSource>> file = FileSource::Open(path);
+        if (!file) return file.Failure();
+        Result<std::shared_ptr<FileContent>> content = FindContent(file.Value());
+        if (!content) return content.Failure();
+        auto opened = std::make_shared<OpenedFile>(std::move(file.Value()), std::move(content.Value()));
+        opened->Subscribe(std::move(index_done));
+        return std::shared_ptr<MediaFile>(std::move(opened));
+    } catch (const std::bad_alloc&) {
+        return Error{ErrorKind::OutOfMemory, "not enough memory to open the file", path};
+    }
+}
+
+} // namespace ordune

@@ -1,0 +1,47 @@
+#include "ordune/PictureProbe.h"
+
+#include "ordune/Ffmpeg.h"
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+}
+
+#include <chrono>
+
+namespace ordune {
+
+namespace {
+
+// A refusal has to come within two seconds, whatever the file does.
+constexpr std::chrono::milliseconds kPatience{1000};
+
+Error NothingToSee(const std::string& path) {
+    return {ErrorKind::NoVideo, "not one picture of this file can be decoded; it is damaged beyond playing",
+            path};
+}
+
+} // namespace
+
+Result<void> ProbeForPicture(const AVCodecParameters& parameters, UnitReader& reader,
+                             const std::string& path) {
+    Result<ffmpeg::CodecContextPtr> decoder = ffmpeg::OpenDecoder(&parameters, 1, path);
+    if (!decoder) return decoder.Failure();
+    AVCodecContext* context = decoder.Value().get();
+    // The first picture is enough, in whatever order they come.
+    context->has_b_frames = 0;
+    context->flags |= AV_CODEC_FLAG_LOW_DELAY;
+    const ffmpeg::FramePtr frame = ffmpeg::MakeFrame();
+    if (!frame) return Error{ErrorKind::OutOfMemory, "not enough memory to open the file", path};
+    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    bool more = true;
+    while (more && std::chrono::steady_clock::now() < deadline) {
+        Result<std::optional<CodedUnit>> unit = reader.Next();
+        if (!unit) return unit.Failure();
+        more = unit.Value().has_value();
+        (void)avcodec_send_packet(context, more ? unit.Value()->packet : nullptr);
+        if (avcodec_receive_frame(context, frame.get()) >= 0) return {};
+    }
+    return NothingToSee(path);
+}
+
+} // namespace ordune

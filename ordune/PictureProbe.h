@@ -1,0 +1,16 @@
+// Makes sure that a file holds at least one picture that can be decoded.
+#pragma once
+
+#include "ordune/Error.h"
+#include "ordune/MediaFile.h"
+
+struct AVCodecParameters;
+
+namespace ordune {
+
+// Decodes units from the first on until a picture comes out, for at most a second. NoVideo where none does.
+// Uses up the reader.
+Result<void> ProbeForPicture(const AVCodecParameters& parameters, UnitReader& reader,
+                             const std::string& path);
+
+} // namespace ordune
