@@ -1,0 +1,77 @@
+// The dialogs that the main window opens, and the facts that they show.
+#include "app/TalvioDlg.h"
+#include "engine/Operate.h"
+
+#include <QFileInfo>
+
+#include <cstdint>
+
+bool CTalvioDlg::GetFilePath(QString* pPath) {
+    if (pPath == nullptr || m_strFilePath.isEmpty()) return false;
+    *pPath = m_strFilePath;
+    return true;
+}
+
+bool CTalvioDlg::GetResolution(QString* pResolution) {
+    if (pResolution == nullptr || m_pOperate == nullptr) return false;
+    *pResolution =
+        QStringLiteral("%1 x %2").arg(m_pOperate->GetImageWidth()).arg(m_pOperate->GetImageHeight());
+    return true;
+}
+
+bool CTalvioDlg::GetFrameRate(QString* pFrameRate) {
+    if (pFrameRate == nullptr || m_pOperate == nullptr) return false;
+    *pFrameRate = QString::number(m_pOperate->GetCurrentFrameRate());
+    return true;
+}
+
+bool CTalvioDlg::GetFileTime(QString* pTime) {
+    if (pTime == nullptr || m_pOperate == nullptr) return false;
+    const auto nHours = static_cast<unsigned int>(m_pOperate->GetFileTime() / 3600);
+    const auto nMinutes = static_cast<unsigned int>(m_pOperate->GetFileTime() % 3600 / 60);
+    const auto nSeconds = static_cast<unsigned int>(m_pOperate->GetFileTime() % 60);
+    *pTime = QString::asprintf("%02u:%02u:%02u", nHours, nMinutes, nSeconds);
+    return true;
+}
+
+// Only the low 32 bits of the size count: from 2 GiB on a wrong or a negative size is shown.
+bool CTalvioDlg::GetFileSize(QString* pSize) {
+    if (pSize == nullptr || m_pOperate == nullptr || m_strFilePath.isEmpty()) return false;
+    const auto nSize = static_cast<std::int32_t>(QFileInfo(m_strFilePath).size());
+    if (nSize > 0xFFFFF) {
+        *pSize = QString::asprintf("%.2f MB", nSize * (1.0 / 1048576));
+    } else if (nSize < 1024) {
+        *pSize = QString::asprintf("%d B", nSize);
+    } else {
+        *pSize = QString::asprintf("%.2f KB", nSize * (1.0 / 1024));
+    }
+    return true;
+}
+
+bool CTalvioDlg::DisPlaySettingDlg() {
+    return false;
+}
+
+bool CTalvioDlg::ShowHotKeyDlg() {
+    return false;
+}
+
+bool CTalvioDlg::ShowLocateDlg() {
+    return false;
+}
+
+bool CTalvioDlg::ShowImageDlg() {
+    return false;
+}
+
+bool CTalvioDlg::ShowColorDlg() {
+    return false;
+}
+
+bool CTalvioDlg::DisplayFileInfo() {
+    return false;
+}
+
+bool CTalvioDlg::ShowAboutDlg() {
+    return false;
+}

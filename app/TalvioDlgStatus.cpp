@@ -1,0 +1,139 @@
+// What the main window does without a user: the progress timer, the end of a file, continuous capture.
+#include "app/TalvioDlg.h"
+#include "engine/Operate.h"
+#include "playlist/ListBox.h"
+#include "widgets/ControlsBarWidget.h"
+#include "widgets/PlaySlider.h"
+#include "widgets/PlayStatusWidget.h"
+#include "widgets/StaticTitle.h"
+
+#include <QAction>
+#include <QMessageBox>
+
+namespace {
+
+// A time in seconds as the status line shows it.
+struct Clock {
+    explicit Clock(unsigned long nTotal)
+        : nHours(static_cast<int>(nTotal / 3600)), nMinutes(static_cast<int>(nTotal % 3600 / 60)),
+          nSeconds(static_cast<int>(nTotal % 60)) {}
+
+    int nHours;
+    int nMinutes;
+    int nSeconds;
+};
+
+// Before the first picture the current frame reads as all ones, in as many bits as a number has on the way
+// here.
+bool IsNoFrame(unsigned long nFrame) {
+    return static_cast<int>(nFrame) == -1;
+}
+
+} // namespace
+
+bool CTalvioDlg::SwithPlayMode(QAction* pAction) {
+    if (pAction == nullptr) return false;
+    if (pAction == m_pActSinglePlay) m_nPlayMode = 1;
+    if (pAction == m_pActPlaylistPlay) m_nPlayMode = 2;
+    if (pAction == m_pActSingleRepeat) m_nPlayMode = 3;
+    if (pAction == m_pActPlaylistRepeat) m_nPlayMode = 4;
+    return true;
+}
+
+void CTalvioDlg::DrawStatus() {
+    if (m_pOperate == nullptr) return;
+    const int nState = m_pOperate->GetCurrentState();
+    if (nState == 1 || nState == 2) {
+        DrawProgress();
+    } else if (nState == 3 && HasCtrls()) {
+        // The library may have stopped by itself.
+        ShowStopped();
+    }
+}
+
+void CTalvioDlg::DrawProgress() {
+    const unsigned long nFrames = m_pOperate->GetFileFrame();
+    unsigned long nTotal = 0;
+    unsigned long nElapsed = 0;
+    unsigned long nFrame = 0;
+    int nPosition = 0;
+    if (nFrames != 0) {
+        nTotal = m_pOperate->GetFileTime();
+        nElapsed = m_pOperate->GetCurrentPlayTime();
+        nFrame = m_pOperate->GetCurrentFrame();
+        nPosition = static_cast<int>(m_pOperate->GetCurrentPosPrecent() * 65535);
+        if (IsNoFrame(nFrame)) {
+            nFrame = 0;
+            nElapsed = 0;
+        }
+    }
+    if (m_pStatusWidget == nullptr || m_pStatusWidget->m_pRightText == nullptr || m_pControlsBar == nullptr ||
+        m_pControlsBar->m_pPlaySlider == nullptr) {
+        return;
+    }
+    const Clock elapsed(nElapsed);
+    const Clock total(nTotal);
+    const QString strText = QString::asprintf(
+        "%d/%d  %02d:%02d:%02d/%02d:%02d:%02d  ", static_cast<int>(nFrame), static_cast<int>(nFrames),
+        elapsed.nHours, elapsed.nMinutes, elapsed.nSeconds, total.nHours, total.nMinutes, total.nSeconds);
+    m_pStatusWidget->m_pRightText->SetStaticText(strText, 2);
+    // A handle that the user holds follows the mouse alone.
+    if (!m_pControlsBar->m_pPlaySlider->isSliderDown()) m_pControlsBar->m_pPlaySlider->setValue(nPosition);
+}
+
+void CTalvioDlg::PlayProcess() {
+    // The message may have waited here while its file was stopped or another one opened.
+    const unsigned nEnded = m_nEndedOpening.exchange(0);
+    if (nEnded != 0 && nEnded != m_nOpening) return;
+    if (m_pOperate == nullptr || m_pListBox == nullptr) return;
+    const int nState = m_pOperate->GetCurrentState();
+    if (nState != 1 && nState != 2) return;
+
+    if (m_nPlayMode == 1) {
+        Stop();
+    } else if (m_nPlayMode == 3) {
+        Start();
+    } else if (m_pListBox->count() == 0) {
+        Stop();
+    } else if (!OpenNext()) {
+        if (m_nPlayMode == 4) {
+            OpenFromTop();
+        } else {
+            Stop();
+        }
+    }
+}
+
+bool CTalvioDlg::OpenIfPlayable(int nRow) {
+    m_pListBox->setCurrentRow(nRow);
+    const QListWidgetItem* pItem = m_pListBox->item(nRow);
+    if (pItem == nullptr || pItem->background() == m_brushBadFile) return false;
+    m_strFilePath = pItem->statusTip();
+    Open();
+    return true;
+}
+
+bool CTalvioDlg::OpenNext() {
+    for (int nRow = m_pListBox->currentRow() + 1; nRow < m_pListBox->count(); ++nRow) {
+        if (OpenIfPlayable(nRow)) return true;
+    }
+    return false;
+}
+
+// The last entry is not tested: a list of one entry stops at its end.
+void CTalvioDlg::OpenFromTop() {
+    for (int nRow = 0; nRow < m_pListBox->count() - 1; ++nRow) {
+        if (OpenIfPlayable(nRow)) return;
+    }
+    m_pListBox->setCurrentRow(m_pListBox->count() - 1);
+    Stop();
+}
+
+bool CTalvioDlg::ConCap() {
+    m_bConCap = !m_bConCap;
+    return true;
+}
+
+void CTalvioDlg::ShowErrorMsg() {
+    QMessageBox::warning(this, tr("Warning"), tr("Cappic Error !"), QMessageBox::Ok);
+}

@@ -1,0 +1,37 @@
+// The program: a main window and its event loop. It takes no options and reads no environment of its own.
+#include "app/TalvioDlg.h"
+
+#include <QApplication>
+#include <QTextCodec>
+
+#include <cstring>
+#include <memory>
+
+namespace {
+
+// The picture is drawn by the playback library into a native X window, on a Wayland desktop too. A platform
+// that was chosen by its usual means stands.
+void SelectPlatform(int nArgs, char** ppArgs) {
+    for (int i = 1; i < nArgs; ++i) {
+        if (std::strcmp(ppArgs[i], "-platform") == 0 || std::strcmp(ppArgs[i], "--platform") == 0) return;
+    }
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "xcb");
+}
+
+} // namespace
+
+int main(int nArgs, char** ppArgs) {
+    SelectPlatform(nArgs, ppArgs);
+    // The skin is drawn for any scale, so the screen's own is used as it is.
+    QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
+    // The file chooser looks and behaves alike on every desktop.
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    QApplication app(nArgs, ppArgs);
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("GB2312"));
+
+    auto pDlg = std::make_unique<CTalvioDlg>(nullptr);
+    pDlg->show();
+    const int nResult = QApplication::exec();
+    pDlg.reset();
+    return nResult;
+}
