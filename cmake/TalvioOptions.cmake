@@ -3,8 +3,8 @@
 # Designated initialisers leave members at their defaults on purpose.
 add_library(talvio_options INTERFACE)
 target_compile_options(talvio_options INTERFACE
-    -Wall -Wextra -Wno-missing-field-initializers -Wpedantic -Wshadow -Wnon-virtual-dtor -Wcast-align=strict -Wundef -Wvla
-    $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual -Wsuggest-override -Wextra-semi>)
+    -Wall -Wextra -Wno-missing-field-initializers -Wpedantic -Wshadow -Wcast-align -Wundef -Wvla
+    $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual -Wsuggest-override -Wextra-semi>)
 if(TALVIO_WERROR)
     target_compile_options(talvio_options INTERFACE -Werror)
 endif()
