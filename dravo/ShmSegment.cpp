@@ -1,0 +1,32 @@
+#include "dravo/ShmSegment.h"
+
+#include <sys/ipc.h>
+#include <sys/shm.h>
+
+namespace dravo {
+
+std::unique_ptr<ShmSegment> ShmSegment::Make(XConnection& connection, std::size_t bytes) {
+    const int memory = shmget(IPC_PRIVATE, bytes, IPC_CREAT | 0600);
+    if (memory == -1) return nullptr;
+    std::unique_ptr<ShmSegment> segment(new ShmSegment(connection, bytes));
+    void* data = shmat(memory, nullptr, 0);
+    const bool mapped = data != reinterpret_cast<void*>(-1);
+    bool attached = false;
+    if (mapped) {
+        segment->m_data = static_cast<std::uint8_t*>(data);
+        const xcb_shm_seg_t id = xcb_generate_id(connection.Raw());
+        attached = connection.Succeeded(xcb_shm_attach_checked(
+            connection.Raw(), id, static_cast<std::uint32_t>(memory), /*read_only=*/1));
+        if (attached) segment->m_id = id;
+    }
+    shmctl(memory, IPC_RMID, nullptr);
+    if (!attached) return nullptr;
+    return segment;
+}
+
+ShmSegment::~ShmSegment() {
+    if (m_id != XCB_NONE) xcb_shm_detach(m_connection.Raw(), m_id);
+    if (m_data) shmdt(m_data);
+}
+
+} // namespace dravo
