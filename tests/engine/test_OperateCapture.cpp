@@ -1,0 +1,303 @@
+// Captured pictures: names, contents, failures, and captures on the library's thread beside those of the
+// GUI's.
+#include "engine/CaptureFile.h"
+#include "engine/Operate.h"
+#include "engine/PlayEvents.h"
+#include "tests/fakes/DravoFake.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <algorithm>
+#include <atomic>
+#include <csignal>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/resource.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+std::string Contents(const std::string& strFile) {
+    std::ifstream file(strFile, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+class Capture : public testing::Test {
+  protected:
+    void SetUp() override {
+        m_fake.Reset();
+        m_fake.SetPictureSize(64, 48);
+        m_strDir = m_folder.Path().string();
+        ASSERT_TRUE(m_operate.Init(m_aPath));
+        m_operate.SetDisplayCallBack();
+        ASSERT_TRUE(m_operate.Open(m_aPath));
+        m_fake.TakeCalls();
+    }
+    void TearDown() override { g_pApp = nullptr; }
+
+    bool CapPic(int nType) { return m_operate.CapPic(nType, m_strDir.data()); }
+
+    // Names in the folder, sorted.
+    std::vector<std::string> Names() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(m_folder.Path()))
+            names.push_back(entry.path().filename().string());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    DravoFake& m_fake = DravoFake::Get();
+    COperate m_operate;
+    support::TemporaryFolder m_folder;
+    std::string m_strDir;
+    char m_aPath[8] = "/a.mp4";
+};
+
+// Captures on whatever thread the library displays on, as the main window does.
+class CCapturingWindow : public CPlayEvents {
+  public:
+    CCapturingWindow(COperate* pOperate, const std::string& strDir)
+        : m_pOperate(pOperate), m_strDir(strDir) {}
+    void SendMsg(int /*nCode*/) override {}
+    void ConCapPic() override {
+        const int nState = m_pOperate->GetCurrentState();
+        if (nState == 0 || nState == 3) return;
+        if (m_pOperate->CapPic(1, m_strDir.data())) ++m_nCaptured;
+    }
+
+    std::atomic<int> m_nCaptured{0};
+
+  private:
+    COperate* m_pOperate;
+    std::string m_strDir;
+};
+
+TEST(CaptureFileName, HasTheLocalTimeAndATwoDigitCounter) {
+    std::tm when{};
+    when.tm_year = 126;
+    when.tm_mon = 0;
+    when.tm_mday = 2;
+    when.tm_hour = 3;
+    when.tm_min = 4;
+    when.tm_sec = 5;
+    EXPECT_EQ(CaptureFileName("/p", when, 7, "bmp"), "/p/picture-2026010203040507.bmp");
+    EXPECT_EQ(CaptureFileName("/p", when, 0, "jpeg"), "/p/picture-2026010203040500.jpeg");
+    EXPECT_EQ(CaptureFileName("/p", when, 123, "jpeg"), "/p/picture-20260102030405123.jpeg");
+}
+
+TEST_F(Capture, WritesABmpOfTheEnginesBytes) {
+    m_fake.SetStills("the bmp", "the jpeg");
+    const std::time_t before = std::time(nullptr);
+    EXPECT_TRUE(CapPic(0));
+    const std::time_t after = std::time(nullptr);
+    EXPECT_THAT(m_fake.Calls(), ElementsAre("Dravo_GetBMP(2, buffer, 15360, out)"));
+
+    std::vector<std::string> expected;
+    for (std::time_t when = before; when <= after; ++when) {
+        std::tm local{};
+        localtime_r(&when, &local);
+        expected.push_back(CaptureFileName(m_strDir.c_str(), local, 0, "bmp"));
+    }
+    EXPECT_THAT(expected, testing::Contains(m_operate.GetLastCapFile()));
+    EXPECT_EQ(Contents(m_operate.GetLastCapFile()), "the bmp");
+}
+
+TEST_F(Capture, EveryOtherTypeIsAJpeg) {
+    m_fake.SetStills("the bmp", "the jpeg");
+    EXPECT_TRUE(CapPic(1));
+    EXPECT_TRUE(CapPic(-5));
+    EXPECT_THAT(m_fake.Calls(),
+                ElementsAre("Dravo_GetJPEG(2, buffer, 15360, out)", "Dravo_GetJPEG(2, buffer, 15360, out)"));
+    EXPECT_TRUE(m_operate.GetLastCapFile().ends_with("01.jpeg"));
+    EXPECT_EQ(Contents(m_operate.GetLastCapFile()), "the jpeg");
+}
+
+TEST_F(Capture, TheTwoKindsCountIndependently) {
+    EXPECT_TRUE(CapPic(0));
+    EXPECT_TRUE(CapPic(1));
+    EXPECT_TRUE(CapPic(1));
+    EXPECT_TRUE(CapPic(0));
+    std::vector<std::string> tails;
+    for (const std::string& strName : Names()) {
+        ASSERT_TRUE(strName.starts_with("picture-20")) << strName;
+        EXPECT_TRUE(std::all_of(strName.begin() + 8, strName.begin() + 24, [](char c) {
+            return c >= '0' && c <= '9';
+        })) << strName;
+        tails.push_back(strName.substr(22));
+    }
+    std::sort(tails.begin(), tails.end());
+    EXPECT_THAT(tails, ElementsAre("00.bmp", "00.jpeg", "01.bmp", "01.jpeg"));
+}
+
+TEST_F(Capture, TheCountersGoOnWithTheNextFile) {
+    EXPECT_TRUE(CapPic(0));
+    m_operate.Close();
+    m_operate.Init(m_aPath);
+    m_operate.Open(m_aPath);
+    EXPECT_TRUE(CapPic(0));
+    EXPECT_TRUE(m_operate.GetLastCapFile().ends_with("01.bmp"));
+}
+
+TEST_F(Capture, TheBufferFollowsThePictureSize) {
+    EXPECT_TRUE(CapPic(0));
+    m_fake.SetPictureSize(10, 10);
+    m_operate.GetImageSize();
+    EXPECT_TRUE(CapPic(0));
+    EXPECT_EQ(m_fake.CountCalls("Dravo_GetBMP(2, buffer, 15360, out)"), 1);
+    EXPECT_EQ(m_fake.CountCalls("Dravo_GetBMP(2, buffer, 500, out)"), 1);
+}
+
+TEST_F(Capture, FailsWhenTheEngineHasNoPictureAndCountsNothing) {
+    m_fake.QueueResults("Dravo_GetBMP", {0});
+    EXPECT_FALSE(CapPic(0));
+    EXPECT_THAT(Names(), IsEmpty());
+    EXPECT_EQ(m_operate.GetLastCapFile(), "");
+    EXPECT_TRUE(CapPic(0));
+    EXPECT_TRUE(m_operate.GetLastCapFile().ends_with("00.bmp"));
+}
+
+TEST_F(Capture, FailsWhereTheFolderIsMissing) {
+    std::string strMissing = m_strDir + "/missing";
+    EXPECT_FALSE(m_operate.CapPic(0, strMissing.data()));
+    EXPECT_FALSE(m_operate.CapPic(0, nullptr));
+    EXPECT_EQ(m_operate.GetLastCapFile(), "");
+    EXPECT_THAT(Names(), IsEmpty());
+}
+
+TEST_F(Capture, FailsAfterClose) {
+    m_operate.Close();
+    EXPECT_FALSE(CapPic(0));
+    EXPECT_THAT(Names(), IsEmpty());
+}
+
+TEST_F(Capture, WorksWithLongFoldersAndAnyBytes) {
+    std::string strDeep = m_strDir;
+    for (int n = 0; n < 3; ++n)
+        strDeep += "/" + std::string(100, 'd') + "\xe5\xbd\xb1 %s\n";
+    std::filesystem::create_directories(strDeep);
+    EXPECT_TRUE(m_operate.CapPic(1, strDeep.data()));
+    EXPECT_EQ(Contents(m_operate.GetLastCapFile()), "JPEG");
+}
+
+TEST_F(Capture, LeavesNoHalfPictureBehindWhenWritingFails) {
+    // A limit on the size of files stands in for a full disk. It goes off inside this test's own process
+    // alone.
+    m_fake.SetStills(std::string(10000, 'b'), "");
+    struct rlimit old {};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
+    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    struct rlimit tight = old;
+    tight.rlim_cur = 5000;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &tight), 0);
+    const bool bCaptured = CapPic(0);
+    setrlimit(RLIMIT_FSIZE, &old);
+    std::signal(SIGXFSZ, oldHandler);
+
+    EXPECT_FALSE(bCaptured);
+    EXPECT_THAT(Names(), IsEmpty());
+    EXPECT_EQ(m_operate.GetLastCapFile(), "");
+}
+
+TEST_F(Capture, ADisplayedPictureIsCapturedOnTheLibrarysThread) {
+    CCapturingWindow window(&m_operate, m_strDir);
+    g_pApp = &window;
+    std::thread library([this] { EXPECT_TRUE(m_fake.FireDisplay(2)); });
+    library.join();
+    EXPECT_EQ(window.m_nCaptured, 1);
+    EXPECT_EQ(Names().size(), 1U);
+}
+
+TEST_F(Capture, CapturesOfTwoThreadsEachGetTheirOwnFile) {
+    CCapturingWindow window(&m_operate, m_strDir);
+    g_pApp = &window;
+    constexpr int kEach = 150;
+    std::thread library([this] {
+        for (int n = 0; n < kEach; ++n)
+            m_fake.FireDisplay(2);
+    });
+    int nCaptured = 0;
+    for (int n = 0; n < kEach; ++n) {
+        nCaptured += CapPic(1) ? 1 : 0;
+        m_operate.GetImageSize();
+    }
+    library.join();
+    EXPECT_EQ(nCaptured, kEach);
+    EXPECT_EQ(window.m_nCaptured, kEach);
+    EXPECT_EQ(Names().size(), 2U * kEach);
+    for (const std::string& strName : Names())
+        EXPECT_EQ(Contents(m_folder / strName), "JPEG") << strName;
+}
+
+// The GUI thread's capture waits for the picture of a seek, which the playing thread cannot deliver before
+// its callback, itself capturing, has come to an end.
+TEST_F(Capture, ACaptureThatWaitsForThePlayingThreadLetsItsCallbackCapture) {
+    CCapturingWindow window(&m_operate, m_strDir);
+    g_pApp = &window;
+    std::promise<void> waiting;
+    std::promise<void> callbackEnded;
+    m_fake.SetHook("Dravo_GetBMP", [&] {
+        waiting.set_value();
+        EXPECT_EQ(callbackEnded.get_future().wait_for(std::chrono::seconds(20)), std::future_status::ready);
+    });
+    std::thread library([&] {
+        waiting.get_future().wait();
+        m_fake.FireDisplay(2);
+        callbackEnded.set_value();
+    });
+    EXPECT_TRUE(CapPic(0));
+    library.join();
+    EXPECT_EQ(window.m_nCaptured, 1);
+}
+
+// Closing waits in the library for the callback that is capturing just then.
+TEST_F(Capture, CloseWaitsForACaptureThatIsUnderWay) {
+    CCapturingWindow window(&m_operate, m_strDir);
+    g_pApp = &window;
+    std::promise<void> capturing;
+    std::promise<void> closing;
+    m_fake.SetHook("Dravo_GetJPEG", [&] {
+        capturing.set_value();
+        closing.get_future().wait();
+    });
+    m_fake.SetHook("Dravo_Stop", [&] { closing.set_value(); });
+    std::thread library([this] { m_fake.FireDisplay(2); });
+    capturing.get_future().wait();
+    EXPECT_TRUE(m_operate.Close());
+    EXPECT_EQ(window.m_nCaptured, 1);
+    library.join();
+    EXPECT_FALSE(m_fake.FireDisplay(2));
+}
+
+TEST_F(Capture, FilesMayBeOpenedAndClosedWhileTheLibraryDisplays) {
+    CCapturingWindow window(&m_operate, m_strDir);
+    g_pApp = &window;
+    std::atomic<bool> bEnd{false};
+    std::thread library([&] {
+        while (!bEnd) {
+            const int nPort = m_fake.OpenPort();
+            if (nPort > 1) m_fake.FireDisplay(nPort);
+            std::this_thread::yield();
+        }
+    });
+    for (int n = 0; n < 50; ++n) {
+        ASSERT_TRUE(m_operate.Close());
+        ASSERT_TRUE(m_operate.Init(m_aPath));
+        m_operate.SetDisplayCallBack();
+        ASSERT_TRUE(m_operate.Open(m_aPath));
+        CapPic(1);
+    }
+    bEnd = true;
+    library.join();
+    EXPECT_EQ(Names().size(), static_cast<std::size_t>(window.m_nCaptured) + 50U);
+}
+
+} // namespace
