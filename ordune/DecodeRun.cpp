@@ -1,0 +1,171 @@
+#include "ordune/DecodeRun.h"
+
+extern "C" {
+#include <libavutil/frame.h>
+}
+
+#include <algorithm>
+#include <utility>
+
+namespace ordune {
+
+namespace {
+
+// No codec reorders over more pictures than it may refer to.
+constexpr std::size_t kGreatestDepth = 16;
+// How many units from the start are looked at for their order before the decoder is opened.
+constexpr UnitNumber kOrderSample = 64;
+
+} // namespace
+
+bool RunPosition::InFlight(FrameNumber frame) const {
+    return std::any_of(in_flight->begin(), in_flight->end(),
+                       [frame](const Flight& flight) { return flight.frame == frame; });
+}
+
+void DecodeRun::Outcome::Clear() {
+    pictures.clear();
+    lost.clear();
+    left_out.clear();
+    ended = false;
+    starved = false;
+}
+
+DecodeRun::DecodeRun(std::shared_ptr<const MediaFile> file, std::shared_ptr<PicturePool> pool, int threads)
+    : m_file(std::move(file)), m_pool(std::move(pool)), m_threads(threads),
+      // H.264 streams need not say how far they reorder; the other codecs always do.
+      m_needs_depth(m_file->Video().codec == "h264") {}
+
+void DecodeRun::TrackOrder(FrameNumber frame) {
+    const auto place = std::find_if(m_greatest.begin(), m_greatest.end(),
+                                    [frame](FrameNumber other) { return other < frame; });
+    m_depth = std::max(m_depth, static_cast<int>(place - m_greatest.begin()));
+    m_greatest.insert(place, frame);
+    if (m_greatest.size() > kGreatestDepth) m_greatest.pop_back();
+}
+
+Result<void> DecodeRun::Open() {
+    if (!m_reader) {
+        auto reader = m_file->MakeUnitReader();
+        if (!reader) return reader.Failure();
+        m_reader = std::move(reader.Value());
+    }
+    if (m_decoder && (!m_needs_depth || m_decoder->ReorderDepth() >= m_depth)) return {};
+    m_decoder.reset(); // first, so that its memory can be used for the new one
+    auto decoder = PictureDecoder::Make(m_file->VideoParameters(), {m_threads, m_needs_depth ? m_depth : 0}, m_pool,
+                                        m_file->Path());
+    if (!decoder) return decoder.Failure();
+    m_decoder = std::move(decoder.Value());
+    m_dirty = false;
+    return {};
+}
+
+Result<void> DecodeRun::Start(UnitNumber first_of_group, FrameNumber deliver_from) {
+    m_active = false;
+    m_in_flight.clear();
+    m_greatest.clear();
+    m_start = first_of_group;
+    m_next = first_of_group;
+    m_deliver_from = deliver_from;
+
+    if (m_needs_depth) {
+        for (UnitNumber unit = first_of_group; unit - first_of_group < kOrderSample; ++unit) {
+            const FrameNumber frame = m_file->Index().FrameOf(unit);
+            if (frame != kNoFrame) TrackOrder(frame);
+        }
+        m_greatest.clear();
+    }
+    if (auto opened = Open(); !opened) return opened;
+    if (m_dirty) m_decoder->Reset();
+    m_dirty = false;
+    if (auto sought = m_reader->SeekTo(first_of_group); !sought) return sought;
+    m_active = true;
+    return {};
+}
+
+void DecodeRun::Step(const Chooser& choose, Outcome& outcome) {
+    const FrameIndex& index = m_file->Index();
+    // Asked before reading: a unit found by the index after the reading is not missed then.
+    const bool complete = index.Complete();
+    auto next = m_reader->Next();
+    if (!next || !next.Value()) {
+        if (next && !complete) {
+            outcome.starved = true;
+            return;
+        }
+        Drain(outcome);
+        return;
+    }
+    const CodedUnit& unit = *next.Value();
+    m_next = unit.number + 1;
+    const FrameNumber frame = index.FrameOf(unit.number);
+    const UnitUse use = choose(unit.number, frame);
+    if (use == UnitUse::LeaveOut) {
+        if (frame != kNoFrame) outcome.left_out.push_back(frame);
+        return;
+    }
+
+    if (m_needs_depth && frame != kNoFrame) {
+        TrackOrder(frame);
+        if (m_depth > m_decoder->ReorderDepth()) {
+            // The order is deeper than any seen so far: begin anew with a decoder that holds back more.
+            if (!Start(m_start, m_deliver_from)) outcome.ended = true;
+            return;
+        }
+    }
+    if (frame != kNoFrame && frame >= m_deliver_from) m_in_flight.push_back({frame, use == UnitUse::Full});
+    m_dirty = true;
+    m_decoder->Send(unit.packet, use == UnitUse::IfReferenced);
+    Collect(outcome);
+}
+
+void DecodeRun::Drain(Outcome& outcome) {
+    m_decoder->Drain();
+    m_dirty = true;
+    Collect(outcome);
+    Settle(kNoFrame, outcome);
+    m_active = false;
+    outcome.ended = true;
+}
+
+void DecodeRun::Collect(Outcome& outcome) {
+    while (AVFrame* frame = m_decoder->Receive()) {
+        if (frame->pts < 0 || frame->pts >= static_cast<std::int64_t>(kNoUnit)) continue;
+        const FrameNumber number = m_file->Index().FrameOf(static_cast<UnitNumber>(frame->pts));
+        if (number == kNoFrame || number < m_deliver_from) continue;
+        Deliver(frame, number, outcome);
+    }
+}
+
+void DecodeRun::Deliver(AVFrame* frame, FrameNumber number, Outcome& outcome) {
+    const VideoInfo& video = m_file->Video();
+    if (frame->sample_aspect_ratio.num <= 0 || frame->sample_aspect_ratio.den <= 0)
+        frame->sample_aspect_ratio = {video.sample_aspect_numerator, video.sample_aspect_denominator};
+    PicturePtr picture =
+        Picture::FromFrame(frame, number, m_file->Index().TimeOf(number), video.rotation);
+    if (picture) outcome.pictures.push_back(std::move(picture));
+    std::erase_if(m_in_flight, [number](const RunPosition::Flight& flight) { return flight.frame == number; });
+    Settle(number, outcome);
+}
+
+void DecodeRun::Settle(FrameNumber frame, Outcome& outcome) {
+    std::erase_if(m_in_flight, [&](const RunPosition::Flight& flight) {
+        if (flight.frame >= frame) return false;
+        (flight.full ? outcome.lost : outcome.left_out).push_back(flight.frame);
+        return true;
+    });
+}
+
+void DecodeRun::Release() {
+    m_active = false;
+    m_in_flight.clear();
+    m_decoder.reset();
+    m_reader.reset();
+}
+
+RunPosition DecodeRun::Position() const {
+    const int depth = m_decoder ? m_decoder->ReorderDepth() : m_depth;
+    return {m_active, m_start, m_next, m_deliver_from, static_cast<FrameNumber>(depth + m_threads), &m_in_flight};
+}
+
+} // namespace ordune

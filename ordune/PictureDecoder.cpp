@@ -1,0 +1,86 @@
+#include "ordune/PictureDecoder.h"
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+}
+
+#include <algorithm>
+
+namespace ordune {
+
+namespace {
+
+// Up to major version 59 the library makes buffers on the caller's thread, one after the other, unless it is told
+// that the callback may be called from any; later versions always take that for granted.
+void AllowCallbacksFromAnyThread([[maybe_unused]] AVCodecContext* context) {
+#if LIBAVCODEC_VERSION_MAJOR < 60
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+    context->thread_safe_callbacks = 1;
+#pragma GCC diagnostic pop
+#endif
+}
+
+} // namespace
+
+Result<std::unique_ptr<PictureDecoder>> PictureDecoder::Make(const AVCodecParameters* parameters,
+                                                             const Options& options,
+                                                             std::shared_ptr<PicturePool> pool,
+                                                             const std::string& file) {
+    const AVCodec* codec = avcodec_find_decoder(parameters->codec_id);
+    if (!codec) {
+        return Error{ErrorKind::UnknownCodec,
+                     std::string("no decoder for ") + avcodec_get_name(parameters->codec_id), file};
+    }
+    std::unique_ptr<PictureDecoder> decoder(new PictureDecoder);
+    decoder->m_pool = std::move(pool);
+    decoder->m_frame = ffmpeg::MakeFrame();
+    decoder->m_context.reset(avcodec_alloc_context3(codec));
+    if (!decoder->m_frame || !decoder->m_context)
+        return Error{ErrorKind::OutOfMemory, "no memory for a decoder", file};
+
+    AVCodecContext* context = decoder->m_context.get();
+    int code = avcodec_parameters_to_context(context, parameters);
+    if (code < 0) return ffmpeg::MakeError(code, "cannot set up the decoder", file);
+    context->thread_count = std::max(1, options.threads);
+    context->thread_type = FF_THREAD_FRAME;
+    context->has_b_frames = std::max(context->has_b_frames, options.reorder_depth);
+    if ((codec->capabilities & AV_CODEC_CAP_DR1) != 0) {
+        context->get_buffer2 = &PictureDecoder::GetBuffer;
+        context->opaque = decoder.get();
+        AllowCallbacksFromAnyThread(context);
+    }
+    decoder->m_reorder_depth = context->has_b_frames;
+    code = avcodec_open2(context, codec, nullptr);
+    if (code < 0) return ffmpeg::MakeError(code, "cannot open the decoder", file);
+    return decoder;
+}
+
+int PictureDecoder::GetBuffer(AVCodecContext* context, AVFrame* frame, int flags) {
+    auto* self = static_cast<PictureDecoder*>(context->opaque);
+    if (self->m_pool->Fill(context, frame)) return 0;
+    return avcodec_default_get_buffer2(context, frame, flags);
+}
+
+void PictureDecoder::Send(const AVPacket* packet, bool if_referenced) {
+    m_context->skip_frame = if_referenced ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
+    // A refusal concerns this unit or one before it; which one shows when its picture does not come out.
+    static_cast<void>(avcodec_send_packet(m_context.get(), packet));
+}
+
+void PictureDecoder::Drain() { static_cast<void>(avcodec_send_packet(m_context.get(), nullptr)); }
+
+AVFrame* PictureDecoder::Receive() {
+    // A damaged unit is reported once, and pictures made before it can still follow; the number of tries is bounded
+    // in case an error repeats itself.
+    for (int tries = 0; tries < 64; ++tries) {
+        const int code = avcodec_receive_frame(m_context.get(), m_frame.get());
+        if (code == 0) return m_frame.get();
+        if (code == AVERROR(EAGAIN) || code == AVERROR_EOF) return nullptr;
+    }
+    return nullptr;
+}
+
+void PictureDecoder::Reset() { avcodec_flush_buffers(m_context.get()); }
+
+} // namespace ordune

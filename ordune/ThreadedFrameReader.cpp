@@ -1,0 +1,241 @@
+#include "ordune/ThreadedFrameReader.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include <pthread.h>
+
+namespace ordune {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// How often a growing index is looked at again.
+constexpr auto kIndexPause = 20ms;
+// The farthest that pictures are made ready behind a position: ten seconds of film. More would cost time for what
+// will hardly be looked at.
+constexpr FrameNumber kMostBehind = 250;
+// The farthest that one picture's play runs ahead of the due frame.
+constexpr FrameNumber kMostStride = 64;
+// Unused buffers kept for the next pictures: with them the memory stays within a twentieth over the budget.
+constexpr std::size_t kSpareShare = 20;
+constexpr std::size_t kLeastSpareBytes = std::size_t{16} << 20;
+
+std::size_t GuessPictureBytes(const VideoInfo& video) {
+    const auto pixels = static_cast<std::size_t>(std::max(video.width, 16)) *
+                        static_cast<std::size_t>(std::max(video.height, 16));
+    return pixels * 3 / 2 + 8192;
+}
+
+bool SameWant(const Want& a, const Want& b) {
+    return a.frame == b.frame && a.direction == b.direction && a.exact == b.exact && a.effort == b.effort &&
+           a.leave_out == b.leave_out;
+}
+
+} // namespace
+
+ThreadedFrameReader::ThreadedFrameReader(std::shared_ptr<const MediaFile> file, const FrameReaderOptions& options,
+                                         std::function<void()> progress)
+    : m_file(std::move(file)), m_options(options), m_progress(std::move(progress)),
+      m_pool(std::make_shared<PicturePool>(std::max(kLeastSpareBytes, options.cache_bytes / kSpareShare))),
+      m_fore(std::make_unique<DecodeRun>(m_file, m_pool, options.threads)),
+      m_back(std::make_unique<DecodeRun>(m_file, m_pool, options.threads)),
+      m_picture_bytes(GuessPictureBytes(m_file->Video())), m_cache(options.cache_bytes) {}
+
+ThreadedFrameReader::~ThreadedFrameReader() {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_stop = true;
+        m_changed.notify_all();
+    }
+    if (m_thread.joinable()) m_thread.join();
+}
+
+void ThreadedFrameReader::Begin() {
+    m_thread = std::thread([this] { Work(); });
+    pthread_setname_np(m_thread.native_handle(), "ordune-decode");
+}
+
+// ---- Any thread ----
+
+void ThreadedFrameReader::SetWant(const Want& want) {
+    const std::lock_guard lock(m_mutex);
+    if (m_generation != 0 && SameWant(want, m_want)) return;
+    const bool plays_on = m_generation != 0 && !want.exact && !m_want.exact && want.frame > m_want.frame;
+    m_stride = plays_on ? std::min(want.frame - m_want.frame, kMostStride) : 0;
+    m_want = want;
+    ++m_generation;
+    m_changed.notify_all();
+}
+
+PicturePtr ThreadedFrameReader::Find(FrameNumber frame) const {
+    const std::lock_guard lock(m_mutex);
+    return m_cache.Find(frame);
+}
+
+PicturePtr ThreadedFrameReader::FindNewest(FrameNumber first, FrameNumber last) const {
+    const std::lock_guard lock(m_mutex);
+    return m_cache.FindNewest(first, last);
+}
+
+PicturePtr ThreadedFrameReader::FindOldest(FrameNumber first, FrameNumber last) const {
+    const std::lock_guard lock(m_mutex);
+    return m_cache.FindOldest(first, last);
+}
+
+FrameReader::State ThreadedFrameReader::StateOf(FrameNumber frame) const {
+    const FrameIndex& index = m_file->Index();
+    if (index.Complete() && frame >= index.Total()) return State::Undecodable;
+    const std::lock_guard lock(m_mutex);
+    if (m_cache.Has(frame)) return State::Ready;
+    if (m_tried.Undecodable(frame)) return State::Undecodable;
+    // Playing does not go back for a picture that did not come out.
+    if (!m_want.exact && m_tried.Failed(frame)) return State::Undecodable;
+    return State::Pending;
+}
+
+std::size_t ThreadedFrameReader::CacheBytes() const {
+    const std::lock_guard lock(m_mutex);
+    return m_cache.Bytes();
+}
+
+// ---- The decode thread ----
+
+ThreadedFrameReader::Room ThreadedFrameReader::RoomFor(const Want& want, FrameNumber stride) const {
+    const auto fits = static_cast<FrameNumber>(
+        std::min<std::size_t>(m_cache.Budget() / m_picture_bytes, std::numeric_limits<std::int32_t>::max()));
+    Room room;
+    room.slack = std::min(m_fore->Position().held_back + 1, fits / 3);
+    if (!want.exact) {
+        room.ahead = std::min(m_options.ahead + 2 * stride, fits / 2);
+    } else {
+        // Going backward, what lies ahead was passed just now; two are enough to turn round.
+        const FrameNumber ahead =
+            want.direction == Direction::Backward ? std::min<FrameNumber>(m_options.ahead, 2) : m_options.ahead;
+        room.ahead = std::min(ahead, fits / 3);
+    }
+    const FrameNumber taken = room.ahead + room.slack + 2;
+    room.behind = fits > taken ? std::min(fits - taken, kMostBehind) : 0;
+    return room;
+}
+
+bool ThreadedFrameReader::TakeWant() {
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [this] { return m_stop || m_generation != 0; });
+    if (m_stop) return false;
+    m_current = m_want;
+    m_seen = m_generation;
+    m_room = RoomFor(m_current, m_stride);
+    const FrameNumber frame = m_current.frame;
+    m_cache.SetFocus(frame, frame > m_room.behind ? frame - m_room.behind : 0,
+                     frame + std::min(m_room.ahead + m_room.slack, kNoFrame - 1 - frame));
+    return true;
+}
+
+void ThreadedFrameReader::Work() {
+    while (TakeWant()) {
+        if (m_current.exact)
+            m_left_out.clear();
+        else
+            m_left_out.erase(m_left_out.begin(), m_left_out.lower_bound(m_current.frame));
+        const ReadState state{m_file->Index(),      m_cache,   m_tried,      m_left_out,   m_fore->Position(),
+                              m_back->Position(), m_current, m_room.ahead, m_room.behind};
+        const ReadAction action = m_planner.Next(state);
+        switch (action.kind) {
+        case ReadAction::Kind::Rest:
+            Rest(false);
+            break;
+        case ReadAction::Kind::AwaitIndex:
+            Rest(true);
+            break;
+        case ReadAction::Kind::GiveUp:
+            GiveUp(action.needed);
+            break;
+        case ReadAction::Kind::Decode:
+        case ReadAction::Kind::DecodeKey:
+        case ReadAction::Kind::Drain:
+            Do(action, state);
+            break;
+        }
+    }
+}
+
+void ThreadedFrameReader::Do(ReadAction action, const ReadState& state) {
+    if (action.swap_runs) std::swap(m_fore, m_back);
+    // While playing nothing is made behind the due frame; its decoder's memory is better given back.
+    if (!m_current.exact) m_back->Release();
+    DecodeRun& run = action.run == RunName::Fore ? *m_fore : *m_back;
+    m_outcome.Clear();
+    if (action.start) {
+        const auto started = run.Start(*action.start, action.deliver_from);
+        if (!started) {
+            GiveUp(action.needed);
+            return;
+        }
+    }
+    Advance(run, action, state);
+    const RunPosition after = run.Position();
+    const bool starved = m_outcome.starved;
+    const bool never_reached = m_outcome.ended && action.kind == ReadAction::Kind::Decode &&
+                               state.index.UnitOf(action.needed) >= after.next;
+    Publish(after.start);
+    // The file ends, or cannot be read, before the unit that the index has of it.
+    if (never_reached) GiveUp(action.needed);
+    if (starved) Rest(true);
+}
+
+void ThreadedFrameReader::Advance(DecodeRun& run, const ReadAction& action, const ReadState& state) {
+    if (action.kind == ReadAction::Kind::Drain) {
+        run.Drain(m_outcome);
+        return;
+    }
+    const FrameNumber deliver_from = run.Position().deliver_from;
+    run.Step(
+        [&](UnitNumber unit, FrameNumber frame) {
+            return ReadPlanner::UseOf(state, action, deliver_from, unit, frame);
+        },
+        m_outcome);
+    if (action.kind == ReadAction::Kind::DecodeKey && !m_outcome.ended && !m_outcome.starved) run.Drain(m_outcome);
+}
+
+void ThreadedFrameReader::Publish(UnitNumber run_start) {
+    if (!m_current.exact) m_left_out.insert(m_outcome.left_out.begin(), m_outcome.left_out.end());
+    if (m_outcome.pictures.empty() && m_outcome.lost.empty() && !m_outcome.ended) return;
+
+    std::vector<PicturePtr> dropped; // let go of after the lock
+    {
+        const std::lock_guard lock(m_mutex);
+        for (const PicturePtr& picture : m_outcome.pictures) {
+            m_picture_bytes = std::max<std::size_t>(picture->Bytes(), 1);
+            m_tried.Succeed(picture->Number());
+            m_cache.Add(picture, dropped);
+        }
+        for (const FrameNumber frame : m_outcome.lost) {
+            if (!m_cache.Has(frame)) m_tried.Fail(frame, ReadPlanner::ReachOf(m_file->Index(), run_start, frame));
+        }
+    }
+    m_outcome.Clear();
+    dropped.clear();
+    if (m_progress) m_progress();
+}
+
+void ThreadedFrameReader::GiveUp(FrameNumber frame) {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_tried.Fail(frame, Reach::Far);
+    }
+    if (m_progress) m_progress();
+}
+
+void ThreadedFrameReader::Rest(bool for_index) {
+    std::unique_lock lock(m_mutex);
+    const auto changed = [this] { return m_stop || m_generation != m_seen; };
+    if (for_index)
+        m_changed.wait_for(lock, kIndexPause, changed);
+    else
+        m_changed.wait(lock, changed);
+}
+
+} // namespace ordune

@@ -1,0 +1,98 @@
+// The frame reader: a decode thread, two runs through the file, and the pictures that they made.
+//
+// The thread asks the planner for one unit's worth of work at a time, does it with no lock held, puts what came out
+// into the cache under the lock, and tells the owner. It starts with Begin and is joined by the destructor, which
+// waits for one unit at most. Lock order: there is one lock, and nothing is called with it held but the index's
+// queries.
+#pragma once
+
+#include "ordune/DecodeRun.h"
+#include "ordune/FrameReader.h"
+#include "ordune/PictureCache.h"
+#include "ordune/PicturePool.h"
+#include "ordune/ReadPlanner.h"
+#include "ordune/TriedFrames.h"
+
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <thread>
+#include <vector>
+
+namespace ordune {
+
+class ThreadedFrameReader final : public FrameReader {
+  public:
+    // Options with nothing left to default.
+    ThreadedFrameReader(std::shared_ptr<const MediaFile> file, const FrameReaderOptions& options,
+                        std::function<void()> progress);
+    ~ThreadedFrameReader() override;
+    ThreadedFrameReader(const ThreadedFrameReader&) = delete;
+    ThreadedFrameReader& operator=(const ThreadedFrameReader&) = delete;
+
+    // Starts the thread; throws std::system_error when there can be none.
+    void Begin();
+
+    void SetWant(const Want& want) override;
+    PicturePtr Find(FrameNumber frame) const override;
+    PicturePtr FindNewest(FrameNumber first, FrameNumber last) const override;
+    PicturePtr FindOldest(FrameNumber first, FrameNumber last) const override;
+    State StateOf(FrameNumber frame) const override;
+    std::size_t CacheBytes() const override;
+
+  private:
+    // How many pictures the cache is to hold around the wanted one.
+    struct Room {
+        FrameNumber ahead = 0;
+        FrameNumber behind = 0;
+        FrameNumber slack = 0; // come out after those ahead, before the run can be parked
+    };
+
+    void Work();
+    // Takes over the newest want; false when the reader is to end.
+    bool TakeWant();
+    Room RoomFor(const Want& want, FrameNumber stride) const;
+    void Do(ReadAction action, const ReadState& state);
+    void Start(DecodeRun& run, const ReadAction& action);
+    void Advance(DecodeRun& run, const ReadAction& action, const ReadState& state);
+    // Puts what came out of the run into the cache and tells the owner.
+    void Publish(UnitNumber run_start);
+    void GiveUp(FrameNumber frame);
+    // Until the want changes; with `for_index` also for a moment in which the index may have grown.
+    void Rest(bool for_index);
+
+    // ---- immutable ----
+    const std::shared_ptr<const MediaFile> m_file;
+    const FrameReaderOptions m_options;
+    const std::function<void()> m_progress;
+    const std::shared_ptr<PicturePool> m_pool; // thread-safe
+
+    // ---- decode thread only ----
+    std::unique_ptr<DecodeRun> m_fore;
+    std::unique_ptr<DecodeRun> m_back;
+    ReadPlanner m_planner;
+    std::set<FrameNumber> m_left_out; // while playing, of the frames from the wanted one on
+    DecodeRun::Outcome m_outcome;
+    Want m_current;
+    Room m_room;
+    std::uint64_t m_seen = 0;        // generation of m_current
+    std::size_t m_picture_bytes = 0; // of the last picture, or a guess before the first
+
+    // ---- guarded by m_mutex ----
+    // The cache and the tried frames are changed by the decode thread alone, which therefore reads them unlocked.
+    mutable std::mutex m_mutex;
+    std::condition_variable m_changed;
+    PictureCache m_cache;
+    TriedFrames m_tried;
+    Want m_want;
+    FrameNumber m_stride = 0;       // how far the last two wants of one play were apart
+    std::uint64_t m_generation = 0; // of m_want; 0 before the first
+    bool m_stop = false;
+
+    std::thread m_thread; // owner's thread only
+};
+
+} // namespace ordune
