@@ -52,8 +52,8 @@ Result<void> DecodeRun::Open() {
     }
     if (m_decoder && (!m_needs_depth || m_decoder->ReorderDepth() >= m_depth)) return {};
     m_decoder.reset(); // first, so that its memory can be used for the new one
-    auto decoder = PictureDecoder::Make(m_file->VideoParameters(), {m_threads, m_needs_depth ? m_depth : 0}, m_pool,
-                                        m_file->Path());
+    auto decoder = PictureDecoder::Make(m_file->VideoParameters(), {m_threads, m_needs_depth ? m_depth : 0},
+                                        m_pool, m_file->Path());
     if (!decoder) return decoder.Failure();
     m_decoder = std::move(decoder.Value());
     m_dirty = false;
@@ -141,10 +141,10 @@ void DecodeRun::Deliver(AVFrame* frame, FrameNumber number, Outcome& outcome) {
     const VideoInfo& video = m_file->Video();
     if (frame->sample_aspect_ratio.num <= 0 || frame->sample_aspect_ratio.den <= 0)
         frame->sample_aspect_ratio = {video.sample_aspect_numerator, video.sample_aspect_denominator};
-    PicturePtr picture =
-        Picture::FromFrame(frame, number, m_file->Index().TimeOf(number), video.rotation);
+    PicturePtr picture = Picture::FromFrame(frame, number, m_file->Index().TimeOf(number), video.rotation);
     if (picture) outcome.pictures.push_back(std::move(picture));
-    std::erase_if(m_in_flight, [number](const RunPosition::Flight& flight) { return flight.frame == number; });
+    std::erase_if(m_in_flight,
+                  [number](const RunPosition::Flight& flight) { return flight.frame == number; });
     Settle(number, outcome);
 }
 
@@ -165,7 +165,8 @@ void DecodeRun::Release() {
 
 RunPosition DecodeRun::Position() const {
     const int depth = m_decoder ? m_decoder->ReorderDepth() : m_depth;
-    return {m_active, m_start, m_next, m_deliver_from, static_cast<FrameNumber>(depth + m_threads), &m_in_flight};
+    return {m_active,    m_start, m_next, m_deliver_from, static_cast<FrameNumber>(depth + m_threads),
+            &m_in_flight};
 }
 
 } // namespace ordune

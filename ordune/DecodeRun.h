@@ -1,7 +1,7 @@
 // One way through the file: units are read in order from a key picture on and sent to a decoder of its own.
 //
-// Used by one thread. It tells which pictures came out and, as certainly, which will not: a decoder gives pictures
-// in order of presentation, so once one has come out, those before it that were sent never will.
+// Used by one thread. It tells which pictures came out and, as certainly, which will not: a decoder gives
+// pictures in order of presentation, so once one has come out, those before it that were sent never will.
 #pragma once
 
 #include "ordune/MediaFile.h"
@@ -30,11 +30,11 @@ struct RunPosition {
         bool full = false; // sent as UnitUse::Full
     };
 
-    bool active = false;                // started and not yet at its end
-    UnitNumber start = kNoUnit;         // where it was started
-    UnitNumber next = kNoUnit;          // the unit that comes next
-    FrameNumber deliver_from = 0;       // pictures before this one may be wrong and are not given out
-    FrameNumber held_back = 0;          // about how many units after its own a picture comes out
+    bool active = false;          // started and not yet at its end
+    UnitNumber start = kNoUnit;   // where it was started
+    UnitNumber next = kNoUnit;    // the unit that comes next
+    FrameNumber deliver_from = 0; // pictures before this one may be wrong and are not given out
+    FrameNumber held_back = 0;    // about how many units after its own a picture comes out
     const std::vector<Flight>* in_flight = nullptr; // never null; valid as long as the run
 
     bool InFlight(FrameNumber frame) const;
@@ -56,8 +56,8 @@ class DecodeRun {
 
     DecodeRun(std::shared_ptr<const MediaFile> file, std::shared_ptr<PicturePool> pool, int threads);
 
-    // Begins anew at the first unit of a group; pictures before `deliver_from` will not be given out. What was in
-    // flight is forgotten.
+    // Begins anew at the first unit of a group; pictures before `deliver_from` will not be given out. What
+    // was in flight is forgotten.
     Result<void> Start(UnitNumber first_of_group, FrameNumber deliver_from);
     // Takes the next unit; at the end of the file it drains.
     void Step(const Chooser& choose, Outcome& outcome);

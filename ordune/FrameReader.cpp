@@ -1,5 +1,6 @@
 #include "ordune/FrameReader.h"
 
+#include "ordune/Ffmpeg.h"
 #include "ordune/ThreadedFrameReader.h"
 
 #include <algorithm>
@@ -20,7 +21,8 @@ std::size_t DefaultCacheBytes() {
     const long pages = sysconf(_SC_PHYS_PAGES);
     const long page_bytes = sysconf(_SC_PAGESIZE);
     if (pages <= 0 || page_bytes <= 0) return kMostCacheBytes;
-    return std::min(kMostCacheBytes, static_cast<std::size_t>(pages) * static_cast<std::size_t>(page_bytes) / 8);
+    return std::min(kMostCacheBytes,
+                    static_cast<std::size_t>(pages) * static_cast<std::size_t>(page_bytes) / 8);
 }
 
 } // namespace
@@ -28,6 +30,7 @@ std::size_t DefaultCacheBytes() {
 Result<std::unique_ptr<FrameReader>> FrameReader::Make(std::shared_ptr<const MediaFile> file,
                                                        const FrameReaderOptions& options,
                                                        std::function<void()> progress) {
+    ffmpeg::QuietLog();
     FrameReaderOptions settled = options;
     if (settled.cache_bytes == 0) settled.cache_bytes = DefaultCacheBytes();
     if (settled.threads <= 0)
@@ -40,7 +43,8 @@ Result<std::unique_ptr<FrameReader>> FrameReader::Make(std::shared_ptr<const Med
     } catch (const std::bad_alloc&) {
         return Error{ErrorKind::OutOfMemory, "no memory for a frame reader", path};
     } catch (const std::system_error& error) {
-        return Error{ErrorKind::OutOfMemory, std::string("cannot start the decode thread: ") + error.what(), path};
+        return Error{ErrorKind::OutOfMemory, std::string("cannot start the decode thread: ") + error.what(),
+                     path};
     }
 }
 

@@ -57,7 +57,8 @@ bool PictureCache::Add(PicturePtr picture, std::vector<PicturePtr>& dropped) {
     m_pictures.emplace(number, picture);
     while (m_bytes > m_budget && m_pictures.size() > 1) {
         auto worst = MostRemote();
-        if (worst->first == m_wanted) worst = std::next(worst) == m_pictures.end() ? m_pictures.begin() : std::next(worst);
+        if (worst->first == m_wanted)
+            worst = std::next(worst) == m_pictures.end() ? m_pictures.begin() : std::next(worst);
         CountOut(*worst->second);
         dropped.push_back(std::move(worst->second));
         m_pictures.erase(worst);

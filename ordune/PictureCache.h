@@ -1,7 +1,7 @@
 // Decoded pictures by frame number, within a budget of bytes.
 //
-// What is kept is what lies nearest to the wanted frame; pictures outside the window that the reader works for go
-// first. Not thread-safe: its owner guards it.
+// What is kept is what lies nearest to the wanted frame; pictures outside the window that the reader works
+// for go first. Not thread-safe: its owner guards it.
 #pragma once
 
 #include "ordune/Picture.h"
@@ -23,9 +23,10 @@ class PictureCache {
     // The wanted frame, and the window [first, last] around it of frames that are of use now.
     void SetFocus(FrameNumber wanted, FrameNumber first, FrameNumber last);
 
-    // Keeps the picture where it fits: pictures of less use than this one make room, and are handed to `dropped` so
-    // that the caller can let go of them outside its lock. The wanted frame itself is always kept, whatever the
-    // budget. False when there is no room for it, or a picture of that number is there already.
+    // Keeps the picture where it fits: pictures of less use than this one make room, and are handed to
+    // `dropped` so that the caller can let go of them outside its lock. The wanted frame itself is always
+    // kept, whatever the budget. False when there is no room for it, or a picture of that number is there
+    // already.
     bool Add(PicturePtr picture, std::vector<PicturePtr>& dropped);
 
     bool Has(FrameNumber frame) const { return m_pictures.contains(frame); }

@@ -10,8 +10,8 @@ namespace ordune {
 
 namespace {
 
-// Up to major version 59 the library makes buffers on the caller's thread, one after the other, unless it is told
-// that the callback may be called from any; later versions always take that for granted.
+// Up to major version 59 the library makes buffers on the caller's thread, one after the other, unless it is
+// told that the callback may be called from any; later versions always take that for granted.
 void AllowCallbacksFromAnyThread([[maybe_unused]] AVCodecContext* context) {
 #if LIBAVCODEC_VERSION_MAJOR < 60
 #pragma GCC diagnostic push
@@ -68,11 +68,13 @@ void PictureDecoder::Send(const AVPacket* packet, bool if_referenced) {
     static_cast<void>(avcodec_send_packet(m_context.get(), packet));
 }
 
-void PictureDecoder::Drain() { static_cast<void>(avcodec_send_packet(m_context.get(), nullptr)); }
+void PictureDecoder::Drain() {
+    static_cast<void>(avcodec_send_packet(m_context.get(), nullptr));
+}
 
 AVFrame* PictureDecoder::Receive() {
-    // A damaged unit is reported once, and pictures made before it can still follow; the number of tries is bounded
-    // in case an error repeats itself.
+    // A damaged unit is reported once, and pictures made before it can still follow; the number of tries is
+    // bounded in case an error repeats itself.
     for (int tries = 0; tries < 64; ++tries) {
         const int code = avcodec_receive_frame(m_context.get(), m_frame.get());
         if (code == 0) return m_frame.get();
@@ -81,6 +83,8 @@ AVFrame* PictureDecoder::Receive() {
     return nullptr;
 }
 
-void PictureDecoder::Reset() { avcodec_flush_buffers(m_context.get()); }
+void PictureDecoder::Reset() {
+    avcodec_flush_buffers(m_context.get());
+}
 
 } // namespace ordune

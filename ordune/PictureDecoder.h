@@ -1,8 +1,8 @@
-// Coded units in, decoded pictures out, with nothing guessed: a unit's number goes in as its time stamp and comes
-// back on the picture made from it.
+// Coded units in, decoded pictures out, with nothing guessed: a unit's number goes in as its time stamp and
+// comes back on the picture made from it.
 //
-// Used by one thread. Decodes with several threads, one picture each, so a picture comes out a few units after its
-// own; draining gives the last ones. A unit that cannot be decoded simply gives no picture.
+// Used by one thread. Decodes with several threads, one picture each, so a picture comes out a few units
+// after its own; draining gives the last ones. A unit that cannot be decoded simply gives no picture.
 #pragma once
 
 #include "ordune/Error.h"
@@ -19,18 +19,21 @@ class PictureDecoder {
   public:
     struct Options {
         int threads = 1;
-        // How many pictures that are decoded before another one are shown after it, at most. The decoder holds back
-        // at least so many; a value too small makes it drop pictures.
+        // How many pictures that are decoded before another one are shown after it, at most. The decoder
+        // holds back at least so many; a value too small makes it drop pictures.
         int reorder_depth = 0;
     };
 
-    static Result<std::unique_ptr<PictureDecoder>> Make(const AVCodecParameters* parameters, const Options& options,
-                                                        std::shared_ptr<PicturePool> pool, const std::string& file);
+    static Result<std::unique_ptr<PictureDecoder>> Make(const AVCodecParameters* parameters,
+                                                        const Options& options,
+                                                        std::shared_ptr<PicturePool> pool,
+                                                        const std::string& file);
     PictureDecoder(const PictureDecoder&) = delete;
     PictureDecoder& operator=(const PictureDecoder&) = delete;
 
-    // Hands over one unit; the packet's pts is its number. With `if_referenced` a picture that no other refers to is
-    // left undecoded, as far as the codec can tell. Take all pictures before sending the next unit.
+    // Hands over one unit; the packet's pts is its number. With `if_referenced` a picture that no other
+    // refers to is left undecoded, as far as the codec can tell. Take all pictures before sending the next
+    // unit.
     void Send(const AVPacket* packet, bool if_referenced);
     // No more units: what is held back comes out. Only Reset makes it ready for further units.
     void Drain();

@@ -19,11 +19,14 @@ namespace ordune {
 namespace {
 
 constexpr std::size_t kPage = 4096;
-// What the widest vector instructions want of rows and planes; decoders may read this much past a plane's end.
+// What the widest vector instructions want of rows and planes; decoders may read this much past a plane's
+// end.
 constexpr std::size_t kAlignment = 64;
 constexpr std::size_t kPadding = 2 * kAlignment;
 
-std::size_t RoundUp(std::size_t size, std::size_t to) { return (size + to - 1) / to * to; }
+std::size_t RoundUp(std::size_t size, std::size_t to) {
+    return (size + to - 1) / to * to;
+}
 
 std::uint8_t* MapMemory(std::size_t bytes) {
     void* memory = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
@@ -44,14 +47,16 @@ struct Layout {
 bool MakeLayout(AVCodecContext* context, const AVFrame* frame, Layout& layout) {
     const auto format = static_cast<AVPixelFormat>(frame->format);
     const AVPixFmtDescriptor* description = av_pix_fmt_desc_get(format);
-    if (!description || (description->flags & (AV_PIX_FMT_FLAG_HWACCEL | AV_PIX_FMT_FLAG_PAL)) != 0) return false;
+    if (!description || (description->flags & (AV_PIX_FMT_FLAG_HWACCEL | AV_PIX_FMT_FLAG_PAL)) != 0)
+        return false;
 
     int width = frame->width;
     int height = frame->height;
     std::array<int, AV_NUM_DATA_POINTERS> wanted{};
     avcodec_align_dimensions2(context, &width, &height, wanted.data());
     // Rows of the subsampled planes come out aligned too.
-    width = static_cast<int>(RoundUp(static_cast<std::size_t>(width), kAlignment << description->log2_chroma_w));
+    width =
+        static_cast<int>(RoundUp(static_cast<std::size_t>(width), kAlignment << description->log2_chroma_w));
     if (av_image_fill_linesizes(layout.strides.data(), format, width) < 0) return false;
 
     std::array<std::ptrdiff_t, 4> strides{};
@@ -160,7 +165,9 @@ PicturePool::PicturePool(std::size_t spare_bytes) : m_store(std::make_shared<Sto
     m_store->spare_limit = spare_bytes;
 }
 
-PicturePool::~PicturePool() { m_store->Trim(true); }
+PicturePool::~PicturePool() {
+    m_store->Trim(true);
+}
 
 bool PicturePool::Fill(AVCodecContext* context, AVFrame* frame) {
     Layout layout;
@@ -185,7 +192,9 @@ bool PicturePool::Fill(AVCodecContext* context, AVFrame* frame) {
     return true;
 }
 
-void PicturePool::Trim() { m_store->Trim(false); }
+void PicturePool::Trim() {
+    m_store->Trim(false);
+}
 
 std::size_t PicturePool::Bytes() const {
     const std::lock_guard lock(m_store->mutex);

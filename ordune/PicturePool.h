@@ -1,9 +1,10 @@
 // Memory for decoded pictures, used again and again.
 //
-// Fresh memory costs about as much as the decoding itself (the kernel clears every page at its first touch), so a
-// buffer that a dropped picture gives back is kept for the next picture of the same size. Buffers are taken from
-// the kernel directly, with large pages where it has them. Thread-safe: decoder threads take buffers, and whichever
-// thread drops the last reference to a picture gives one back. Buffers outlive the pool while pictures hold them.
+// Fresh memory costs about as much as the decoding itself (the kernel clears every page at its first touch),
+// so a buffer that a dropped picture gives back is kept for the next picture of the same size. Buffers are
+// taken from the kernel directly, with large pages where it has them. Thread-safe: decoder threads take
+// buffers, and whichever thread drops the last reference to a picture gives one back. Buffers outlive the
+// pool while pictures hold them.
 #pragma once
 
 #include <cstddef>
@@ -24,8 +25,8 @@ class PicturePool {
     PicturePool(const PicturePool&) = delete;
     PicturePool& operator=(const PicturePool&) = delete;
 
-    // Fills in data, linesize and buf of the frame, whose format, width and height are set: one buffer holds all
-    // planes. False when the format is not one of plain planes or memory runs out.
+    // Fills in data, linesize and buf of the frame, whose format, width and height are set: one buffer holds
+    // all planes. False when the format is not one of plain planes or memory runs out.
     bool Fill(AVCodecContext* context, AVFrame* frame);
 
     // Frees the unused buffers now.

@@ -6,14 +6,14 @@ namespace ordune {
 
 namespace {
 
-// A run this few units before a key picture goes on to it rather than being started there anew, which would throw
-// away what is in its decoder.
+// A run this few units before a key picture goes on to it rather than being started there anew, which would
+// throw away what is in its decoder.
 constexpr UnitNumber kNearKey = 4;
-// A frame that neither its own key picture nor the one before brings out is tried from this many units back: no
-// decoder state lives longer, and the start of a file of many hours would take minutes.
+// A frame that neither its own key picture nor the one before brings out is tried from this many units back:
+// no decoder state lives longer, and the start of a file of many hours would take minutes.
 constexpr UnitNumber kFarUnits = 3000;
-// How much is decoded in full before a frame that is jumped to: a sixteenth of the way keeps the jump within a few
-// percent of the quickest.
+// How much is decoded in full before a frame that is jumped to: a sixteenth of the way keeps the jump within
+// a few percent of the quickest.
 constexpr UnitNumber kLeadShare = 16;
 constexpr FrameNumber kLeastLead = 4;
 constexpr FrameNumber kMostLead = 8;
@@ -22,13 +22,16 @@ constexpr FrameNumber kStepBackLead = 32;
 // While only key pictures are shown, so many are made in advance.
 constexpr int kKeysAhead = 3;
 
-FrameNumber Before(FrameNumber frame, FrameNumber count) { return frame > count ? frame - count : 0; }
+FrameNumber Before(FrameNumber frame, FrameNumber count) {
+    return frame > count ? frame - count : 0;
+}
 
 bool Have(const ReadState& state, FrameNumber frame) {
     return state.cache.Has(frame) || state.tried.Undecodable(frame);
 }
 
-// Nothing is to be done in advance for the frame: it is there, or it failed and waits until it is wanted itself.
+// Nothing is to be done in advance for the frame: it is there, or it failed and waits until it is wanted
+// itself.
 bool Settled(const ReadState& state, FrameNumber frame) {
     return state.cache.Has(frame) || state.tried.Failed(frame);
 }
@@ -95,9 +98,10 @@ FrameNumber LastAhead(const ReadState& state) {
     return std::min(last, known - 1);
 }
 
-// How many units the run still has to take for the frame; nothing when it does not lead there, or when starting at
-// `start` is shorter.
-std::optional<UnitNumber> WayTo(const ReadState& state, const RunPosition& run, FrameNumber frame, UnitNumber start) {
+// How many units the run still has to take for the frame; nothing when it does not lead there, or when
+// starting at `start` is shorter.
+std::optional<UnitNumber> WayTo(const ReadState& state, const RunPosition& run, FrameNumber frame,
+                                UnitNumber start) {
     if (!run.active || frame < run.deliver_from || run.start > start) return std::nullopt;
     if (run.InFlight(frame)) return 0;
     const UnitNumber unit = state.index.UnitOf(frame);
@@ -152,7 +156,8 @@ ReadAction ReadPlanner::Next(const ReadState& state) {
 ReadAction ReadPlanner::NextExact(const ReadState& state) {
     const FrameNumber wanted = state.want.frame;
     // A pass that the wanted frame has left behind, or that lies elsewhere, is of no use any more.
-    if (m_pass && (wanted < m_pass->stretch.first || wanted > m_pass->stretch.last + state.behind + state.ahead + 1))
+    if (m_pass &&
+        (wanted < m_pass->stretch.first || wanted > m_pass->stretch.last + state.behind + state.ahead + 1))
         m_pass.reset();
 
     if (!Have(state, wanted)) {
@@ -180,8 +185,8 @@ ReadAction ReadPlanner::NextExact(const ReadState& state) {
     return {};
 }
 
-std::optional<ReadAction> ReadPlanner::GoOn(const ReadState& state, FrameNumber needed, const Stretch& stretch,
-                                            UnitNumber start) const {
+std::optional<ReadAction> ReadPlanner::GoOn(const ReadState& state, FrameNumber needed,
+                                            const Stretch& stretch, UnitNumber start) const {
     const auto fore = WayTo(state, state.fore, needed, start);
     const auto back = WayTo(state, state.back, needed, start);
     if (!fore && !back) return std::nullopt;
@@ -207,8 +212,9 @@ ReadAction ReadPlanner::Fetch(const ReadState& state, FrameNumber needed, bool e
     Stretch stretch{wanted, LastAhead(state)};
     if (exact && needed == wanted) {
         const UnitNumber from =
-            state.fore.active && state.fore.next > group->first_unit && state.fore.next <= unit ? state.fore.next
-                                                                                               : group->first_unit;
+            state.fore.active && state.fore.next > group->first_unit && state.fore.next <= unit
+                ? state.fore.next
+                : group->first_unit;
         const UnitNumber lead = std::clamp<UnitNumber>((unit - from) / kLeadShare, kLeastLead, kMostLead);
         stretch.first = Before(wanted, std::min<FrameNumber>(lead, state.behind));
     }
@@ -276,8 +282,7 @@ ReadAction ReadPlanner::BeginPass(const ReadState& state, FrameNumber needed, St
 
 ReadAction ReadPlanner::ContinuePass(const ReadState& state) const {
     ReadAction action;
-    action.kind =
-        state.back.next > m_pass->last_unit ? ReadAction::Kind::Drain : ReadAction::Kind::Decode;
+    action.kind = state.back.next > m_pass->last_unit ? ReadAction::Kind::Drain : ReadAction::Kind::Decode;
     action.needed = m_pass->stretch.last;
     action.run = RunName::Back;
     action.stretch = m_pass->stretch;
@@ -303,7 +308,8 @@ ReadAction ReadPlanner::NextKey(const ReadState& state) const {
     for (int keys = 0; group; ++keys) {
         const FrameNumber key = state.index.FrameOf(group->first_unit);
         if (keys >= kKeysAhead && (key == kNoFrame || key > last)) break;
-        if (key != kNoFrame && !Have(state, key) && !state.left_out.contains(key) && !state.tried.Failed(key)) {
+        if (key != kNoFrame && !Have(state, key) && !state.left_out.contains(key) &&
+            !state.tried.Failed(key)) {
             ReadAction action;
             action.kind = ReadAction::Kind::DecodeKey;
             action.needed = key;

@@ -1,16 +1,21 @@
-// Decides what a frame reader decodes next. Pure: it looks at what is wanted, what is there and where the two runs
-// are, and names the next piece of work; it decodes nothing itself and knows no thread.
+// Decides what a frame reader decodes next. Pure: it looks at what is wanted, what is there and where the two
+// runs are, and names the next piece of work; it decodes nothing itself and knows no thread.
 //
 // The steps, asked again after every unit, so that the newest want counts at once:
-// 1. The wanted frame is missing: the run that reaches it with the fewest units goes on to it; where none is near,
-//    a run begins at the key picture of its group. On the way, what no other picture refers to is left out, but for
-//    the last few before the wanted one, so that the first steps back find theirs made.
-// 2. The wanted frame is there: the frames ahead of it are completed (by the fore run, which stays parked there).
-// 3. Then those behind it, by one pass of the back run over a stretch as long as memory allows: a pass costs about
-//    as much for one picture as for all of the group. The next stretch is begun when a third of the last is used.
-//    Going backward, 3 comes before 2.
-// 4. Playing, only the frames ahead count, and of those what the effort allows. A run that is behind the group of
-//    the due frame begins anew at that group's key picture; late pictures are left out where nothing refers to them.
+// 1. The wanted frame is missing: the run that reaches it with the fewest units goes on to it; where none is
+// near,
+//    a run begins at the key picture of its group. On the way, what no other picture refers to is left out,
+//    but for the last few before the wanted one, so that the first steps back find theirs made.
+// 2. The wanted frame is there: the frames ahead of it are completed (by the fore run, which stays parked
+// there).
+// 3. Then those behind it, by one pass of the back run over a stretch as long as memory allows: a pass costs
+// about
+//    as much for one picture as for all of the group. The next stretch is begun when a third of the last is
+//    used. Going backward, 3 comes before 2.
+// 4. Playing, only the frames ahead count, and of those what the effort allows. A run that is behind the
+// group of
+//    the due frame begins anew at that group's key picture; late pictures are left out where nothing refers
+//    to them.
 #pragma once
 
 #include "ordune/DecodeRun.h"
@@ -68,8 +73,8 @@ class ReadPlanner {
     ReadAction Next(const ReadState& state);
 
     // What a run does with the unit that it has come to, when working for the action.
-    static UnitUse UseOf(const ReadState& state, const ReadAction& action, FrameNumber deliver_from, UnitNumber unit,
-                         FrameNumber frame);
+    static UnitUse UseOf(const ReadState& state, const ReadAction& action, FrameNumber deliver_from,
+                         UnitNumber unit, FrameNumber frame);
     // From how far back a frame that a run started at `start` did not give has been tried.
     static Reach ReachOf(const FrameIndex& index, UnitNumber start, FrameNumber frame);
 

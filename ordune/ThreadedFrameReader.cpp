@@ -14,10 +14,10 @@ using namespace std::chrono_literals;
 
 // How often a growing index is looked at again.
 constexpr auto kIndexPause = 20ms;
-// The farthest that pictures are made ready behind a position: ten seconds of film. More would cost time for what
-// will hardly be looked at.
+// The farthest that pictures are made ready behind a position: ten seconds of film. More would cost time for
+// what will hardly be looked at.
 constexpr FrameNumber kMostBehind = 250;
-// The farthest that one picture's play runs ahead of the due frame.
+// The most that is made ahead of each step of a play that shows only some of the pictures.
 constexpr FrameNumber kMostStride = 64;
 // Unused buffers kept for the next pictures: with them the memory stays within a twentieth over the budget.
 constexpr std::size_t kSpareShare = 20;
@@ -36,8 +36,8 @@ bool SameWant(const Want& a, const Want& b) {
 
 } // namespace
 
-ThreadedFrameReader::ThreadedFrameReader(std::shared_ptr<const MediaFile> file, const FrameReaderOptions& options,
-                                         std::function<void()> progress)
+ThreadedFrameReader::ThreadedFrameReader(std::shared_ptr<const MediaFile> file,
+                                         const FrameReaderOptions& options, std::function<void()> progress)
     : m_file(std::move(file)), m_options(options), m_progress(std::move(progress)),
       m_pool(std::make_shared<PicturePool>(std::max(kLeastSpareBytes, options.cache_bytes / kSpareShare))),
       m_fore(std::make_unique<DecodeRun>(m_file, m_pool, options.threads)),
@@ -112,8 +112,9 @@ ThreadedFrameReader::Room ThreadedFrameReader::RoomFor(const Want& want, FrameNu
         room.ahead = std::min(m_options.ahead + 2 * stride, fits / 2);
     } else {
         // Going backward, what lies ahead was passed just now; two are enough to turn round.
-        const FrameNumber ahead =
-            want.direction == Direction::Backward ? std::min<FrameNumber>(m_options.ahead, 2) : m_options.ahead;
+        const FrameNumber ahead = want.direction == Direction::Backward
+                                      ? std::min<FrameNumber>(m_options.ahead, 2)
+                                      : m_options.ahead;
         room.ahead = std::min(ahead, fits / 3);
     }
     const FrameNumber taken = room.ahead + room.slack + 2;
@@ -140,7 +141,7 @@ void ThreadedFrameReader::Work() {
             m_left_out.clear();
         else
             m_left_out.erase(m_left_out.begin(), m_left_out.lower_bound(m_current.frame));
-        const ReadState state{m_file->Index(),      m_cache,   m_tried,      m_left_out,   m_fore->Position(),
+        const ReadState state{m_file->Index(),    m_cache,   m_tried,      m_left_out,   m_fore->Position(),
                               m_back->Position(), m_current, m_room.ahead, m_room.behind};
         const ReadAction action = m_planner.Next(state);
         switch (action.kind) {
@@ -192,12 +193,11 @@ void ThreadedFrameReader::Advance(DecodeRun& run, const ReadAction& action, cons
         return;
     }
     const FrameNumber deliver_from = run.Position().deliver_from;
-    run.Step(
-        [&](UnitNumber unit, FrameNumber frame) {
-            return ReadPlanner::UseOf(state, action, deliver_from, unit, frame);
-        },
-        m_outcome);
-    if (action.kind == ReadAction::Kind::DecodeKey && !m_outcome.ended && !m_outcome.starved) run.Drain(m_outcome);
+    run.Step([&](UnitNumber unit,
+                 FrameNumber frame) { return ReadPlanner::UseOf(state, action, deliver_from, unit, frame); },
+             m_outcome);
+    if (action.kind == ReadAction::Kind::DecodeKey && !m_outcome.ended && !m_outcome.starved)
+        run.Drain(m_outcome);
 }
 
 void ThreadedFrameReader::Publish(UnitNumber run_start) {
@@ -213,7 +213,8 @@ void ThreadedFrameReader::Publish(UnitNumber run_start) {
             m_cache.Add(picture, dropped);
         }
         for (const FrameNumber frame : m_outcome.lost) {
-            if (!m_cache.Has(frame)) m_tried.Fail(frame, ReadPlanner::ReachOf(m_file->Index(), run_start, frame));
+            if (!m_cache.Has(frame))
+                m_tried.Fail(frame, ReadPlanner::ReachOf(m_file->Index(), run_start, frame));
         }
     }
     m_outcome.Clear();

@@ -1,9 +1,9 @@
 // The frame reader: a decode thread, two runs through the file, and the pictures that they made.
 //
-// The thread asks the planner for one unit's worth of work at a time, does it with no lock held, puts what came out
-// into the cache under the lock, and tells the owner. It starts with Begin and is joined by the destructor, which
-// waits for one unit at most. Lock order: there is one lock, and nothing is called with it held but the index's
-// queries.
+// The thread asks the planner for one unit's worth of work at a time, does it with no lock held, puts what
+// came out into the cache under the lock, and tells the owner. It starts with Begin and is joined by the
+// destructor, which waits for one unit at most. Lock order: there is one lock, and nothing is called with it
+// held but the index's queries.
 #pragma once
 
 #include "ordune/DecodeRun.h"
@@ -82,7 +82,8 @@ class ThreadedFrameReader final : public FrameReader {
     std::size_t m_picture_bytes = 0; // of the last picture, or a guess before the first
 
     // ---- guarded by m_mutex ----
-    // The cache and the tried frames are changed by the decode thread alone, which therefore reads them unlocked.
+    // The cache and the tried frames are changed by the decode thread alone, which therefore reads them
+    // unlocked.
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
     PictureCache m_cache;
