@@ -64,6 +64,7 @@ Result<void> DecodeRun::Start(UnitNumber first_of_group, FrameNumber deliver_fro
     m_active = false;
     m_in_flight.clear();
     m_greatest.clear();
+    m_unreferenced = 0;
     m_start = first_of_group;
     m_next = first_of_group;
     m_deliver_from = deliver_from;
@@ -99,7 +100,9 @@ void DecodeRun::Step(const Chooser& choose, Outcome& outcome) {
     const CodedUnit& unit = *next.Value();
     m_next = unit.number + 1;
     const FrameNumber frame = index.FrameOf(unit.number);
-    const UnitUse use = choose(unit.number, frame);
+    const bool referenced = unit.referenced && index.Referenced(unit.number);
+    const UnitUse use = choose({unit.number, frame, referenced, m_unreferenced});
+    m_unreferenced = referenced ? 0 : m_unreferenced + 1;
     if (use == UnitUse::LeaveOut) {
         if (frame != kNoFrame) outcome.left_out.push_back(frame);
         return;

@@ -22,6 +22,14 @@ enum class UnitUse {
     LeaveOut,     // not decoded at all
 };
 
+// What a run knows of the unit that it has come to.
+struct UnitFacts {
+    UnitNumber unit = kNoUnit;
+    FrameNumber frame = kNoFrame; // kNoFrame: not shown
+    bool referenced = true;       // other pictures refer to it, or that cannot be told
+    int unreferenced_before = 0;  // how many units directly before it are not referenced
+};
+
 // Where a run is.
 struct RunPosition {
     // A unit that was sent and whose picture has not come out yet.
@@ -42,7 +50,7 @@ struct RunPosition {
 
 class DecodeRun {
   public:
-    using Chooser = std::function<UnitUse(UnitNumber unit, FrameNumber frame)>;
+    using Chooser = std::function<UnitUse(const UnitFacts& facts)>;
 
     struct Outcome {
         std::vector<PicturePtr> pictures;
@@ -92,6 +100,7 @@ class DecodeRun {
     // The greatest frame numbers passed, in falling order, and how far pictures were seen to be reordered.
     std::vector<FrameNumber> m_greatest;
     int m_depth = 0;
+    int m_unreferenced = 0; // units in a row that are not referenced
 };
 
 } // namespace ordune

@@ -121,17 +121,17 @@ Reach ReadPlanner::ReachOf(const FrameIndex& index, UnitNumber start, FrameNumbe
 }
 
 UnitUse ReadPlanner::UseOf(const ReadState& state, const ReadAction& action, FrameNumber deliver_from,
-                           UnitNumber unit, FrameNumber frame) {
-    const UnitUse spared = state.index.Referenced(unit) ? UnitUse::IfReferenced : UnitUse::LeaveOut;
-    if (frame == kNoFrame) return spared == UnitUse::LeaveOut ? spared : UnitUse::Full;
+                           const UnitFacts& facts) {
+    const FrameNumber frame = facts.frame;
+    const UnitUse spared = facts.referenced ? UnitUse::IfReferenced : UnitUse::LeaveOut;
+    if (frame == kNoFrame) return facts.referenced ? UnitUse::Full : UnitUse::LeaveOut;
     if (action.kind == ReadAction::Kind::DecodeKey) return UnitUse::Full;
     if (frame < deliver_from || frame < action.stretch.first || state.cache.Has(frame)) return spared;
     // Beyond its stretch the fore run goes on in full: what it leaves out it could not come back to.
     if (action.run == RunName::Back && frame > action.stretch.last) return spared;
     if (!state.want.exact) {
         if (state.want.effort != Effort::Every) return spared;
-        if (state.want.leave_out > 0 && AtFrontOfUnreferenced(state.index, unit, state.want.leave_out))
-            return UnitUse::LeaveOut;
+        if (!facts.referenced && facts.unreferenced_before < state.want.leave_out) return UnitUse::LeaveOut;
     }
     return UnitUse::Full;
 }

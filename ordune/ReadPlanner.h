@@ -74,7 +74,7 @@ class ReadPlanner {
 
     // What a run does with the unit that it has come to, when working for the action.
     static UnitUse UseOf(const ReadState& state, const ReadAction& action, FrameNumber deliver_from,
-                         UnitNumber unit, FrameNumber frame);
+                         const UnitFacts& facts);
     // From how far back a frame that a run started at `start` did not give has been tried.
     static Reach ReachOf(const FrameIndex& index, UnitNumber start, FrameNumber frame);
 

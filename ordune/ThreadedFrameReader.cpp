@@ -193,8 +193,7 @@ void ThreadedFrameReader::Advance(DecodeRun& run, const ReadAction& action, cons
         return;
     }
     const FrameNumber deliver_from = run.Position().deliver_from;
-    run.Step([&](UnitNumber unit,
-                 FrameNumber frame) { return ReadPlanner::UseOf(state, action, deliver_from, unit, frame); },
+    run.Step([&](const UnitFacts& facts) { return ReadPlanner::UseOf(state, action, deliver_from, facts); },
              m_outcome);
     if (action.kind == ReadAction::Kind::DecodeKey && !m_outcome.ended && !m_outcome.starved)
         run.Drain(m_outcome);

@@ -277,7 +277,8 @@ class ScriptedReader final : public UnitReader {
         CheckAv(av_packet_ref(m_packet.get(), unit.packet.get()), "packet");
         m_packet->pts = m_next;
         m_packet->dts = AV_NOPTS_VALUE;
-        return std::optional<CodedUnit>(CodedUnit{m_packet.get(), m_next++, unit.begins_group});
+        return std::optional<CodedUnit>(
+            CodedUnit{m_packet.get(), m_next++, unit.begins_group, unit.referenced});
     }
 
   private:

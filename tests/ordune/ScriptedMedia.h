@@ -90,6 +90,7 @@ class ScriptedMedia final : public MediaFile, public FrameIndex {
     const VideoInfo& Video() const override { return video; }
     const std::optional<SoundInfo>& Sound() const override { return m_sound; }
     const FrameIndex& Index() const override { return *this; }
+    MediaTime Origin() const override { return MediaTime{0}; }
     const AVCodecParameters* VideoParameters() const override { return m_parameters.get(); }
     Result<std::unique_ptr<UnitReader>> MakeUnitReader() const override;
 
