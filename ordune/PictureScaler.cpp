@@ -20,7 +20,7 @@ namespace ordune {
 namespace {
 
 constexpr int kPixelBytes = 4;
-constexpr int kVectorPixels = 8; // libswscale's conversion to BGRA writes whole groups of these
+constexpr int kVectorPixels = 16; // libswscale's conversion to BGRA reads and writes whole groups of these
 // From here on bicubic reads so many rows for each one written that averaging them all is quicker, and
 // cleaner.
 constexpr int kMuchSmaller = 2;
@@ -119,7 +119,7 @@ ReadPlanes PlanesOf(const PlanarBuffer& buffer) {
 // Whether these planes of the frame can go to BGRA as they are: the conversion reads whole vectors, also at
 // the end of a row.
 bool AreReadyToConvert(const ReadPlanes& from, const AVFrame& frame) {
-    if (from.format != AV_PIX_FMT_YUV420P) return false;
+    if (from.format != AV_PIX_FMT_YUV420P || from.height < 2) return false;
     const auto has_room = [&](int plane, int bytes) {
         const int stride = frame.linesize[plane];
         return stride > 0 && (from.planes[plane] - frame.data[plane]) % stride + bytes <= stride;
@@ -217,8 +217,8 @@ Result<void> PictureScaler::Tables::ScaleTo(PlanarBuffer& buffer, SwsStage& stag
     return stage.Convert(from, colour, to, ScalingFlags({from.width, from.height}, size, quality));
 }
 
-// libswscale has its quick conversion for even heights only. Of an odd one the last row is converted as a
-// picture of two equal rows, of which one is used.
+// libswscale has its quick conversion for even heights only. Of an odd one the last row is converted once
+// more, together with the row above it.
 Result<void> PictureScaler::Tables::ToPixelsInPlace(const ReadPlanes& from, const SwsColour& colour,
                                                     std::uint8_t* to, int stride) {
     WritePlanes rows;
@@ -236,10 +236,11 @@ Result<void> PictureScaler::Tables::ToPixelsInPlace(const ReadPlanes& from, cons
 
     const std::size_t row_bytes = static_cast<std::size_t>(VectorWidth(from.width)) * kPixelBytes;
     last_rows.resize(2 * row_bytes);
+    // A single row has no other above it; a PlanarBuffer has room for one below.
+    const int above = from.height > 1 ? 1 : 0;
     ReadPlanes last = from;
     last.height = 2;
-    last.planes[0] += static_cast<std::ptrdiff_t>(rows.height) * from.strides[0];
-    last.strides[0] = 0;
+    last.planes[0] += static_cast<std::ptrdiff_t>(rows.height - above) * from.strides[0];
     for (int plane : {1, 2})
         last.planes[plane] += static_cast<std::ptrdiff_t>(rows.height / 2) * from.strides[plane];
     WritePlanes pair = rows;
@@ -247,7 +248,8 @@ Result<void> PictureScaler::Tables::ToPixelsInPlace(const ReadPlanes& from, cons
     pair.strides[0] = static_cast<int>(row_bytes);
     pair.height = 2;
     if (Result<void> done = convert_last_row.Convert(last, colour, pair, SWS_BILINEAR); !done) return done;
-    std::memcpy(to + static_cast<std::ptrdiff_t>(rows.height) * stride, last_rows.data(),
+    std::memcpy(to + static_cast<std::ptrdiff_t>(rows.height) * stride,
+                last_rows.data() + static_cast<std::size_t>(above) * row_bytes,
                 static_cast<std::size_t>(from.width) * kPixelBytes);
     return {};
 }

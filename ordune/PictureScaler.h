@@ -49,7 +49,7 @@ class PictureScaler {
     static constexpr int kLargestSide = 32767;
     // Where rows begin at multiples of this many bytes, and have room for a multiple of eight pixels, the
     // pixels are written in place; elsewhere they are copied once more.
-    static constexpr int kRowAlignment = 32;
+    static constexpr int kRowAlignment = 64;
 
     PictureScaler();
     ~PictureScaler();

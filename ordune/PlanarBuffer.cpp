@@ -100,7 +100,7 @@ PlanarBuffer::~PlanarBuffer() {
 bool PlanarBuffer::Resize(int width, int height) {
     const std::size_t luma_stride = Aligned(static_cast<std::size_t>(width) + kAlignment);
     const std::size_t chroma_stride = Aligned(static_cast<std::size_t>(width + 1) / 2 + kAlignment);
-    const std::size_t luma_bytes = luma_stride * static_cast<std::size_t>(height);
+    const std::size_t luma_bytes = luma_stride * (static_cast<std::size_t>(height + 1) / 2 * 2);
     const std::size_t chroma_bytes = chroma_stride * (static_cast<std::size_t>(height + 1) / 2);
     const std::size_t needed = luma_bytes + 2 * chroma_bytes + kAlignment;
     if (needed > m_capacity) {
