@@ -9,6 +9,8 @@
 #include <QHBoxLayout>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QStyle>
+#include <QStyleFactory>
 #include <QVBoxLayout>
 
 #include <new>
@@ -101,6 +103,15 @@ QSlider::sub-page:horizontal {
     right: 0px;
 }
 )";
+
+// The style sheets leave the place of groove and handle to the style below them, and the images are drawn for
+// the places that this one gives, whatever the desktop's own style.
+void FixBaseStyle(QSlider* pSlider) {
+    QStyle* pStyle = QStyleFactory::create("Fusion");
+    if (!pStyle) return;
+    pStyle->setParent(pSlider);
+    pSlider->setStyle(pStyle);
+}
 } // namespace
 
 CControlsBarWidget::CControlsBarWidget(QWidget* pParent)
@@ -146,6 +157,7 @@ bool CControlsBarWidget::CreateSoundSlider() {
     m_pSoundSlider->setOrientation(Qt::Horizontal);
     m_pSoundSlider->setSliderPosition(g_nSliderMax);
     m_pSoundSlider->setFixedSize(70, 8);
+    FixBaseStyle(m_pSoundSlider);
     m_pSoundSlider->setStyleSheet(QString::fromLatin1(g_strVolumeStyle));
     return true;
 }
@@ -156,6 +168,7 @@ bool CControlsBarWidget::CreatePlaySlider() {
     m_pPlaySlider->setRange(0, g_nSliderMax);
     m_pPlaySlider->setOrientation(Qt::Horizontal);
     m_pPlaySlider->setFixedHeight(10);
+    FixBaseStyle(m_pPlaySlider);
     m_pPlaySlider->setStyleSheet(QString::fromLatin1(g_strPlayStyle));
     return true;
 }
