@@ -26,12 +26,16 @@ MediaTime TimeOfTicks(std::int64_t ticks, const TimeScale& scale) {
 FrameTable::FrameTable(bool sized) : m_sized(sized) {}
 
 UnitNumber FrameTable::AddUnit(std::int64_t offset_bytes, std::uint32_t size_bytes, UnitFlags flags) {
-    const UnitNumber unit = m_offsets.Size();
+    const UnitNumber unit = m_frame_of.Size();
     m_offsets.Append((static_cast<std::uint64_t>(offset_bytes + 1) << kFlagBits) |
                      (flags.referenced ? kReferenced : 0) | (flags.closed ? kClosed : 0));
     if (m_sized) m_sizes.Append(size_bytes);
     m_frame_of.Append(kNoFrame);
     return unit;
+}
+
+void FrameTable::AddEnd(std::int64_t end_offset) {
+    m_offsets.Append(static_cast<std::uint64_t>(end_offset + 1) << kFlagBits);
 }
 
 FrameNumber FrameTable::AddFrame(UnitNumber unit, std::int64_t tick) {
@@ -191,9 +195,7 @@ FrameTable::Extent FrameTable::ExtentOf(UnitNumber unit) const {
     if (unit >= units) return {-1, 0};
     const std::int64_t offset = OffsetOf(unit);
     if (m_sized) return {offset, m_sizes[unit]};
-    const std::int64_t end =
-        unit + 1 < units ? OffsetOf(unit + 1) : m_end_offset.load(std::memory_order_relaxed);
-    return {offset, end - offset};
+    return {offset, OffsetOf(unit + 1) - offset};
 }
 
 bool FrameTable::BeginsGroup(UnitNumber unit) const {

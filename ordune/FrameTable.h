@@ -44,14 +44,16 @@ class FrameTable final : public FrameIndex {
     // The next group; groups begin at rising units and at frames that do not fall. The first begins at unit
     // 0.
     void AddGroup(UnitNumber first_unit, FrameNumber first_frame);
-    UnitNumber Units() const { return m_offsets.Size(); }
+    UnitNumber Units() const { return m_frame_of.Size(); }
     FrameNumber Frames() const { return m_unit_of.Size(); }
-    // Makes the first so many visible. Every frame below `frames` must come from a unit below `units`.
+    UnitNumber AddedUnitOf(FrameNumber frame) const { return m_unit_of[frame]; }
+    // Makes the first so many visible. Every frame below `frames` must come from a unit below `units`. In a
+    // table that is not `sized` there must be one unit more, or the end: a unit ends where the next begins.
     void Publish(UnitNumber units, FrameNumber frames, std::uint32_t groups, FrameNumber estimated_total);
     // The end of the last frame's display in ticks (`sized` tables), and that nothing more will come.
     void Finish(std::int64_t end_tick);
-    // Where the last published unit ends (tables that are not `sized`); before Publish.
-    void SetEndOffset(std::int64_t end) { m_end_offset.store(end, std::memory_order_relaxed); }
+    // Where the last unit ends (tables that are not `sized`); after it no unit is added.
+    void AddEnd(std::int64_t end_offset);
     std::size_t Bytes() const;
 
     // --- Queries: any thread. ---
@@ -114,7 +116,6 @@ class FrameTable final : public FrameIndex {
     ChunkedArray<GroupStart> m_groups;
 
     // Atomic. m_frames is stored last: who has loaded it sees units and groups that cover it.
-    std::atomic<std::int64_t> m_end_offset{0};
     std::atomic<std::int64_t> m_end_tick{0};
     std::atomic<UnitNumber> m_units{0};
     std::atomic<std::uint32_t> m_group_count{0};

@@ -4,7 +4,9 @@
 #include "ordune/ContentCache.h"
 #include "ordune/FileSource.h"
 #include "ordune/FormatInput.h"
+#include "ordune/RawContent.h"
 
+#include <chrono>
 #include <cstring>
 #include <new>
 
@@ -12,12 +14,21 @@ namespace ordune {
 
 namespace {
 
+// An index that takes longer is finished while the file already plays.
+constexpr std::chrono::milliseconds kIndexPatience{60};
+
 class OpenedFile final : public MediaFile {
   public:
     OpenedFile(std::shared_ptr<const FileSource> file, std::shared_ptr<FileContent> content)
         : m_file(std::move(file)), m_content(std::move(content)) {}
 
-    ~OpenedFile() override { m_content->Withdraw(m_subscription); }
+    ~OpenedFile() override {
+        m_content->Withdraw(m_subscription);
+        // An index that was completed since is kept from now on: looking it up does that.
+        if (m_subscription != 0 && m_content->Table().Complete()) {
+            (void)ContentCache::Shared().Find(m_file->Identity());
+        }
+    }
 
     void Subscribe(std::function<void()> index_done) {
         if (index_done) m_subscription = m_content->WhenComplete(std::move(index_done));
@@ -40,11 +51,17 @@ class OpenedFile final : public MediaFile {
     std::uint64_t m_subscription = 0;
 };
 
+Result<std::shared_ptr<FileContent>> Recognise(const std::shared_ptr<const FileSource>& file) {
+    Result<std::unique_ptr<FormatInput>> input = FormatInput::Open(file);
+    const bool raw = !input || std::strcmp(input.Value()->FormatName(), "h264") == 0;
+    if (raw && RawContent::Recognise(*file)) return RawContent::Make(file, kIndexPatience);
+    if (!input) return input.Failure();
+    return ContainerContent::Make(file, *input.Value());
+}
+
 Result<std::shared_ptr<FileContent>> FindContent(const std::shared_ptr<const FileSource>& file) {
     if (std::shared_ptr<FileContent> known = ContentCache::Shared().Find(file->Identity())) return known;
-    Result<std::unique_ptr<FormatInput>> input = FormatInput::Open(file);
-    if (!input) return input.Failure();
-    Result<std::shared_ptr<FileContent>> content = ContainerContent::Make(file, *input.Value());
+    Result<std::shared_ptr<FileContent>> content = Recognise(file);
     // A file that was written to meanwhile is looked at afresh next time.
     if (content && file->Unchanged()) ContentCache::Shared().Keep(file->Identity(), content.Value());
     return content;
