@@ -10,17 +10,11 @@ std::unique_ptr<ShmSegment> ShmSegment::Make(XConnection& connection, std::size_
     if (memory == -1) return nullptr;
     std::unique_ptr<ShmSegment> segment(new ShmSegment(connection, bytes));
     void* data = shmat(memory, nullptr, 0);
-    const bool mapped = data != reinterpret_cast<void*>(-1);
-    bool attached = false;
-    if (mapped) {
-        segment->m_data = static_cast<std::uint8_t*>(data);
-        const xcb_shm_seg_t id = xcb_generate_id(connection.Raw());
-        attached = connection.Succeeded(xcb_shm_attach_checked(
-            connection.Raw(), id, static_cast<std::uint32_t>(memory), /*read_only=*/1));
-        if (attached) segment->m_id = id;
-    }
     shmctl(memory, IPC_RMID, nullptr);
-    if (!attached) return nullptr;
+    if (data == reinterpret_cast<void*>(-1)) return nullptr;
+    segment->m_data = static_cast<std::uint8_t*>(data);
+    segment->m_id = xcb_generate_id(connection.Raw());
+    xcb_shm_attach(connection.Raw(), segment->m_id, static_cast<std::uint32_t>(memory), /*read_only=*/1);
     return segment;
 }
 

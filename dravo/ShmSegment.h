@@ -1,5 +1,6 @@
-// Memory that this process and the X server share. It is marked for removal as soon as both have it, so that
-// nothing stays behind however either of them ends.
+// Memory that this process and the X server share. It is marked for removal before the server even has it, so
+// that nothing stays behind however either of them ends; Linux lets others attach to marked memory for as
+// long as someone still has it (shmctl(2)).
 #pragma once
 
 #include "dravo/XConnection.h"
@@ -31,7 +32,7 @@ class ShmSegment {
     XConnection& m_connection;
     std::size_t m_bytes;
     std::uint8_t* m_data = nullptr;
-    xcb_shm_seg_t m_id = XCB_NONE; // none until the server has it
+    xcb_shm_seg_t m_id = XCB_NONE;
 };
 
 } // namespace dravo

@@ -1,10 +1,10 @@
 // Pictures into an X window by way of the processor: scaled to the size of the box they fill, coloured,
 // handed over in shared memory.
 //
-// Owns its connection, its window inside the given one, and two buffers. Lives on the play thread; no call
-// waits for the server, except at making and when the window outgrows the shared memory. A picture that the
-// server was not ready for is drawn by a later call: HandleEvents when the descriptor becomes readable, or
-// the next Show.
+// Owns its connection, its window inside the given one, and two buffers. Lives on the play thread. No call
+// waits for an answer of the server, except at making; without shared memory a picture has to pass through
+// the connection, and waits there while the server reads nothing. A picture that the server was not ready for
+// is drawn by a later call: HandleEvents when the descriptor becomes readable, or the next Show.
 #pragma once
 
 #include "dravo/ColourAdjust.h"

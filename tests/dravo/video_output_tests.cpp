@@ -6,9 +6,16 @@
 #include "tests/support/XScreen.h"
 #include "tests/support/XServer.h"
 
+#include <csignal>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <future>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sstream>
+#include <string>
+#include <unistd.h>
 
 namespace {
 
@@ -163,6 +170,342 @@ TEST_F(VideoOutputTest, ThereIsNoOutputWithoutAServer) {
     EXPECT_FALSE(MakeXVideoOutput(1));
     unsetenv("DISPLAY");
     EXPECT_FALSE(MakeXVideoOutput(1));
+}
+
+TEST_F(VideoOutputTest, TheNewestPictureIsTheOneToBeSeen) {
+    const xcb_window_t window = m_screen.MakeWindow(0, 0, 320, 180);
+    const auto output = MakeXVideoOutput(window);
+    ASSERT_TRUE(output);
+    for (int i = 0; i < 20; ++i) {
+        output->Show(Solid(support::kRed), {});
+        output->Show(Solid(support::kBlue), {});
+    }
+    EXPECT_TRUE(BecomesWithEvents(*output, 160, 90, kBlue));
+}
+
+TEST_F(VideoOutputTest, AWindowOfOddSizeIsFilledToItsEdges) {
+    const xcb_window_t window = m_screen.MakeWindow(0, 0, 333, 187);
+    const auto output = MakeXVideoOutput(window);
+    ASSERT_TRUE(output);
+    for (const auto quality :
+         {ordune::ScaleQuality::High, ordune::ScaleQuality::Fast, ordune::ScaleQuality::Half}) {
+        output->Show(Solid(support::kBlack), {});
+        ASSERT_TRUE(BecomesWithEvents(*output, 332, 186, kBlack));
+        output->Show(Solid(support::kWhite, 333, 187), {.quality = quality});
+        EXPECT_TRUE(BecomesWithEvents(*output, 0, 0, kWhite));
+        EXPECT_TRUE(BecomesWithEvents(*output, 332, 186, kWhite));
+        EXPECT_TRUE(BecomesWithEvents(*output, 332, 0, kWhite));
+        EXPECT_TRUE(BecomesWithEvents(*output, 0, 186, kWhite));
+    }
+}
+
+TEST_F(VideoOutputTest, EveryWindowSizeHoldsItsPicture) {
+    const xcb_window_t window = m_screen.MakeWindow(0, 0, 1, 1);
+    const auto output = MakeXVideoOutput(window);
+    ASSERT_TRUE(output);
+    output->Show(Solid(support::kGreen), {});
+    for (const auto& [width, height] :
+         {std::pair{1, 1}, {2, 1}, {17, 9}, {641, 361}, {1280, 1024}, {3, 800}, {5, 5}}) {
+        m_screen.Place(window, 0, 0, width, height);
+        EXPECT_TRUE(BecomesWithEvents(*output, (width - 1) / 2, (height - 1) / 2, kGreen))
+            << width << "x" << height;
+    }
+}
+
+TEST_F(VideoOutputTest, ARotatedPictureStandsUprightInItsTurnedShape) {
+    const xcb_window_t window = m_screen.MakeWindow(0, 0, 640, 640);
+    const auto output = MakeXVideoOutput(window);
+    ASSERT_TRUE(output);
+    output->Show(Quarters(320, 160, {.rotation = 90}), {}); // 320 x 640 from column 160
+    EXPECT_TRUE(m_screen.WaitForPixel(170, 10, kBlue));
+    EXPECT_TRUE(m_screen.WaitForPixel(470, 10, kRed));
+    EXPECT_TRUE(m_screen.WaitForPixel(170, 630, kWhite));
+    EXPECT_TRUE(m_screen.WaitForPixel(470, 630, kGreen));
+    EXPECT_TRUE(m_screen.WaitForPixel(150, 320, kBlack));
+    EXPECT_TRUE(m_screen.WaitForPixel(490, 320, kBlack));
+}
+
+TEST_F(VideoOutputTest, AnAreaFillsTheWindowInItsOwnShape) {
+    const xcb_window_t window = m_screen.MakeWindow(0, 0, 400, 400);
+    const auto output = MakeXVideoOutput(window);
+    ASSERT_TRUE(output);
+    const ordune::PicturePtr picture = Quarters(320, 160);
+    output->Show(picture, {.area = {164, 4, 140, 70}}); // green, 400 x 200 from row 100
+    EXPECT_TRUE(m_screen.WaitForPixel(5, 105, kGreen));
+    EXPECT_TRUE(m_screen.WaitForPixel(395, 295, kGreen));
+    EXPECT_TRUE(m_screen.WaitForPixel(200, 95, kBlack));
+    output->Show(picture, {.area = {4, 84, 35, 70}}); // blue, 200 x 400 from column 100: the old one is gone
+    EXPECT_TRUE(m_screen.WaitForPixel(200, 5, kBlue));
+    EXPECT_TRUE(m_screen.WaitForPixel(95, 200, kBlack));
+    EXPECT_TRUE(m_screen.WaitForPixel(305, 200, kBlack));
+}
+
+TEST_F(VideoOutputTest, AnAreaOutsideThePictureLeavesTheWindowBlack) {
+    const xcb_window_t window = m_screen.MakeWindow(0, 0, 320, 160);
+    const auto output = MakeXVideoOutput(window);
+    ASSERT_TRUE(output);
+    output->Show(Quarters(320, 160), {});
+    ASSERT_TRUE(m_screen.WaitForPixel(10, 10, kRed));
+    EXPECT_EQ(output->Show(Quarters(320, 160), {.area = {400, 0, 10, 10}}), OutputState::Working);
+    EXPECT_TRUE(BecomesWithEvents(*output, 10, 10, kBlack));
+    output->Show(Quarters(320, 160), {});
+    EXPECT_TRUE(BecomesWithEvents(*output, 10, 10, kRed));
+}
+
+TEST_F(VideoOutputTest, ColourChangesWhatIsSeen) {
+    const xcb_window_t window = m_screen.MakeWindow(0, 0, 320, 180);
+    const auto output = MakeXVideoOutput(window);
+    ASSERT_TRUE(output);
+    const ordune::PicturePtr grey = Solid(support::kGrey);
+    output->Show(grey, {});
+    ASSERT_TRUE(m_screen.WaitForPixel(160, 90, 0x808080));
+    output->Show(grey, {.colour = {.brightness = 94}});
+    EXPECT_TRUE(BecomesWithEvents(*output, 160, 90, 0xBCBCBC));
+    output->Show(Solid(support::kRed), {.colour = {.saturation = 0}});
+    EXPECT_TRUE(BecomesWithEvents(*output, 160, 90, 0x363636));
+}
+
+TEST_F(VideoOutputTest, TwoOutputsDrawIntoTheirWindowsAtOnce) {
+    const xcb_window_t left = m_screen.MakeWindow(0, 0, 320, 180);
+    const xcb_window_t right = m_screen.MakeWindow(400, 0, 320, 180);
+    const auto first = MakeXVideoOutput(left);
+    auto second = MakeXVideoOutput(right);
+    ASSERT_TRUE(first);
+    ASSERT_TRUE(second);
+    first->Show(Solid(support::kRed), {});
+    second->Show(Solid(support::kBlue), {});
+    EXPECT_TRUE(m_screen.WaitForPixel(160, 90, kRed));
+    EXPECT_TRUE(m_screen.WaitForPixel(560, 90, kBlue));
+    second.reset();
+    first->Show(Solid(support::kGreen), {});
+    EXPECT_TRUE(BecomesWithEvents(*first, 160, 90, kGreen));
+    EXPECT_TRUE(m_screen.WaitForPixel(560, 90, kBackground));
+}
+
+TEST_F(VideoOutputTest, APictureShownWhileTheWindowIsHiddenAppearsWithTheWindow) {
+    const xcb_window_t window = m_screen.MakeWindow(0, 0, 320, 180);
+    const auto output = MakeXVideoOutput(window);
+    ASSERT_TRUE(output);
+    output->Show(Solid(support::kRed), {});
+    ASSERT_TRUE(m_screen.WaitForPixel(160, 90, kRed));
+    m_screen.Unmap(window);
+    output->HandleEvents();
+    EXPECT_EQ(output->Show(Solid(support::kGreen), {}), OutputState::Working);
+    m_screen.Map(window);
+    EXPECT_TRUE(BecomesWithEvents(*output, 160, 90, kGreen));
+}
+
+TEST_F(VideoOutputTest, AnOutputMadeWhileAnAncestorIsHiddenAppearsWithIt) {
+    const xcb_window_t outer = m_screen.MakeWindow(0, 0, 400, 200);
+    m_screen.Unmap(outer);
+    const xcb_window_t window = m_screen.MakeWindow(10, 10, 320, 180, kBackground, outer);
+    const auto output = MakeXVideoOutput(window);
+    ASSERT_TRUE(output);
+    output->Show(Solid(support::kGreen), {});
+    m_screen.Map(outer);
+    EXPECT_TRUE(BecomesWithEvents(*output, 170, 100, kGreen));
+}
+
+TEST_F(VideoOutputTest, SiblingsOfTheWindowStayAboveThePicture) {
+    const xcb_window_t outer = m_screen.MakeWindow(0, 0, 400, 400);
+    const xcb_window_t window = m_screen.MakeWindow(0, 0, 400, 400, kBackground, outer);
+    m_screen.MakeWindow(0, 180, 400, 40, 0x112233, outer);
+    const auto output = MakeXVideoOutput(window);
+    ASSERT_TRUE(output);
+    output->Show(Solid(support::kRed, 400, 400), {});
+    EXPECT_TRUE(m_screen.WaitForPixel(200, 100, kRed));
+    EXPECT_TRUE(m_screen.WaitForPixel(200, 300, kRed));
+    EXPECT_EQ(m_screen.PixelAt(200, 200), 0x112233U);
+}
+
+TEST_F(VideoOutputTest, ClicksOnThePictureReachTheWindowsOwner) {
+    const xcb_window_t window = m_screen.MakeWindow(0, 0, 320, 180);
+    m_screen.ListenForInput(window);
+    const auto output = MakeXVideoOutput(window);
+    ASSERT_TRUE(output);
+    output->Show(Solid(support::kRed), {});
+    ASSERT_TRUE(m_screen.WaitForPixel(160, 90, kRed));
+    const auto clicked = support::ChildProcess::Run({"xdotool", "mousemove", "160", "90", "click", "1"},
+                                                    std::chrono::seconds(10));
+    ASSERT_EQ(clicked.exitCode, 0) << clicked.output;
+    EXPECT_TRUE(m_screen.WaitForPress(window));
+}
+
+TEST_F(VideoOutputTest, AServerThatStandsStillHoldsNobodyUpAndGetsTheNewestPictureLater) {
+    const xcb_window_t window = m_screen.MakeWindow(0, 0, 320, 180);
+    const auto output = MakeXVideoOutput(window);
+    ASSERT_TRUE(output);
+    output->Show(Solid(support::kRed), {});
+    ASSERT_TRUE(m_screen.WaitForPixel(160, 90, kRed));
+    ASSERT_EQ(kill(m_server.Pid(), SIGSTOP), 0);
+    auto shown = std::async(std::launch::async, [&] {
+        for (int i = 0; i < 200; ++i)
+            output->Show(Solid(i % 2 == 0 ? support::kBlue : support::kGreen), {});
+        output->HandleEvents();
+    });
+    EXPECT_EQ(shown.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+    ASSERT_EQ(kill(m_server.Pid(), SIGCONT), 0);
+    shown.wait();
+    EXPECT_TRUE(BecomesWithEvents(*output, 160, 90, kGreen));
+}
+
+struct SharedMemoryOfThisProcess {
+    int segments = 0;
+    int not_marked_for_removal = 0;
+};
+
+SharedMemoryOfThisProcess CountSharedMemory() {
+    constexpr unsigned kMarked = 01000; // SHM_DEST
+    SharedMemoryOfThisProcess found;
+    std::ifstream table("/proc/sysvipc/shm");
+    std::string line;
+    std::getline(table, line); // headings
+    while (std::getline(table, line)) {
+        std::istringstream fields(line);
+        std::string key, id, size;
+        unsigned permissions = 0;
+        long maker = 0;
+        fields >> key >> id >> std::oct >> permissions >> std::dec >> size >> maker;
+        if (maker != getpid()) continue;
+        ++found.segments;
+        if ((permissions & kMarked) == 0) ++found.not_marked_for_removal;
+    }
+    return found;
+}
+
+TEST_F(VideoOutputTest, SharedMemoryIsMarkedForRemovalAtOnceAndGoneAtTheEnd) {
+    ASSERT_TRUE(std::ifstream("/proc/sysvipc/shm"));
+    const xcb_window_t window = m_screen.MakeWindow(0, 0, 320, 180);
+    auto output = dravo::ShmVideoOutput::Make(window);
+    ASSERT_TRUE(output);
+    output->Show(Solid(support::kRed), {});
+    output->Show(Solid(support::kBlue), {});
+    EXPECT_TRUE(output->UsesSharedMemory());
+    const SharedMemoryOfThisProcess during = CountSharedMemory();
+    EXPECT_GE(during.segments, 1);
+    EXPECT_LE(during.segments, 2);
+    EXPECT_EQ(during.not_marked_for_removal, 0);
+    output.reset();
+    EXPECT_TRUE(support::WaitUntil([] { return CountSharedMemory().segments == 0; }, kLimit));
+}
+
+int OpenDescriptors() {
+    int count = 0;
+    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
+        ++count;
+    return count;
+}
+
+TEST_F(VideoOutputTest, ManyOutputsOneAfterAnotherLeaveNothingBehind) {
+    const xcb_window_t window = m_screen.MakeWindow(0, 0, 64, 64);
+    const ordune::PicturePtr picture = Solid(support::kRed);
+    const int before = OpenDescriptors();
+    for (int i = 0; i < 100; ++i) {
+        const auto output = MakeXVideoOutput(window);
+        ASSERT_TRUE(output) << i;
+        EXPECT_EQ(output->Show(picture, {}), OutputState::Working);
+    }
+    EXPECT_EQ(OpenDescriptors(), before);
+    EXPECT_TRUE(support::WaitUntil([&] { return m_screen.ChildrenOf(window).empty(); }, kLimit));
+    EXPECT_TRUE(support::WaitUntil([] { return CountSharedMemory().segments == 0; }, kLimit));
+}
+
+TEST_F(VideoOutputTest, AnOutputEndsCleanlyAfterItsServer) {
+    const xcb_window_t window = m_screen.MakeWindow(0, 0, 320, 180);
+    auto output = MakeXVideoOutput(window);
+    ASSERT_TRUE(output);
+    output->Show(Solid(support::kRed), {});
+    m_server.Kill();
+    output.reset();
+    EXPECT_FALSE(MakeXVideoOutput(window));
+    EXPECT_EQ(CountSharedMemory().segments, 0);
+}
+
+TEST_F(VideoOutputTest, AWindowThatTakesNoPictureIsRefused) {
+    const xcb_window_t window = xcb_generate_id(m_screen.Raw());
+    xcb_create_window(m_screen.Raw(), 0, window, m_screen.Root(), 0, 0, 100, 100, 0,
+                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+    m_screen.Sync();
+    EXPECT_FALSE(MakeXVideoOutput(window));
+}
+
+class WithoutSharedMemory : public VideoOutputTest {
+  protected:
+    WithoutSharedMemory() : VideoOutputTest("1280x1024x24", {"-extension", "MIT-SHM"}) {}
+};
+
+TEST_F(WithoutSharedMemory, PicturesGoThroughTheConnection) {
+    // Larger than one request may be where requests are short, and with rows of an odd length.
+    const xcb_window_t window = m_screen.MakeWindow(0, 0, 1279, 1023);
+    const auto output = dravo::ShmVideoOutput::Make(window);
+    ASSERT_TRUE(output);
+    EXPECT_FALSE(output->UsesSharedMemory());
+    EXPECT_EQ(output->Show(Quarters(1280, 1024), {}), OutputState::Working);
+    EXPECT_TRUE(BecomesWithEvents(*output, 10, 10, kRed));
+    EXPECT_TRUE(BecomesWithEvents(*output, 1270, 10, kGreen));
+    EXPECT_TRUE(BecomesWithEvents(*output, 10, 1010, kBlue));
+    EXPECT_TRUE(BecomesWithEvents(*output, 1270, 1010, kWhite));
+}
+
+TEST_F(WithoutSharedMemory, ResizingAndUncoveringDrawAgain) {
+    const xcb_window_t window = m_screen.MakeWindow(0, 0, 320, 180);
+    const auto output = MakeXVideoOutput(window);
+    ASSERT_TRUE(output);
+    for (int i = 0; i < 10; ++i)
+        output->Show(Quarters(320, 180), {});
+    ASSERT_TRUE(BecomesWithEvents(*output, 310, 170, kWhite));
+    m_screen.Place(window, 0, 0, 800, 450);
+    EXPECT_TRUE(BecomesWithEvents(*output, 790, 440, kWhite));
+    const xcb_window_t cover = m_screen.MakeWindow(0, 0, 400, 225, 0x123456);
+    ASSERT_TRUE(m_screen.WaitForPixel(10, 10, 0x123456));
+    m_screen.Destroy(cover);
+    EXPECT_TRUE(BecomesWithEvents(*output, 10, 10, kRed));
+}
+
+TEST(UnreachableSharedMemory, MakesPicturesGoThroughTheConnection) {
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only root can start a server that may not have this process's memory";
+    constexpr uid_t kNobody = 65534;
+    const support::XServer server("640x480x24", {},
+                                  {.environment = {}, .workingDirectory = "/", .user = kNobody});
+    support::XScreen screen(server.Display());
+    setenv("DISPLAY", server.Display().c_str(), 1);
+    const xcb_window_t window = screen.MakeWindow(0, 0, 320, 180);
+    const auto output = dravo::ShmVideoOutput::Make(window);
+    ASSERT_TRUE(output);
+    EXPECT_TRUE(output->UsesSharedMemory());
+    output->Show(Solid(support::kGreen), {});
+    EXPECT_TRUE(support::WaitUntil(
+        [&] {
+            EXPECT_EQ(output->HandleEvents(), OutputState::Working);
+            return support::AreAlike(screen.PixelAt(160, 90), kGreen, 6);
+        },
+        kLimit));
+    EXPECT_FALSE(output->UsesSharedMemory());
+}
+
+class SixteenBitScreen : public VideoOutputTest {
+  protected:
+    SixteenBitScreen() : VideoOutputTest("640x480x16") {}
+};
+
+TEST_F(SixteenBitScreen, PicturesAreDrawnInItsColours) {
+    const xcb_window_t window = m_screen.MakeWindow(0, 0, 321, 181);
+    const auto output = MakeXVideoOutput(window);
+    ASSERT_TRUE(output);
+    output->Show(Quarters(321, 181), {});
+    const auto becomes = [&](int x, int y, std::uint32_t pixel) {
+        return support::WaitUntil(
+            [&] {
+                output->HandleEvents();
+                return (m_screen.PixelAt(x, y) & 0xFFFF) == pixel;
+            },
+            kLimit);
+    };
+    EXPECT_TRUE(becomes(300, 170, 0xFFFF)); // white
+    EXPECT_TRUE(becomes(20, 20, 0xF800));   // red
+    EXPECT_TRUE(becomes(300, 20, 0x07E0));  // green
+    EXPECT_TRUE(becomes(20, 170, 0x001F));  // blue
 }
 
 } // namespace

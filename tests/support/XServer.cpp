@@ -17,13 +17,14 @@ bool IsNumber(const std::string& line) {
 
 } // namespace
 
-XServer::XServer(const std::string& screen, const std::vector<std::string>& arguments) {
+XServer::XServer(const std::string& screen, const std::vector<std::string>& arguments,
+                 const ChildProcess::Setup& setup) {
     // The server tells the free display number that it took once it takes connections, on its standard
     // output.
     std::vector<std::string> command{"Xvfb", "-displayfd", "1",   "-screen",    "0",
                                      screen, "-nolisten",  "tcp", "+extension", "RANDR"};
     command.insert(command.end(), arguments.begin(), arguments.end());
-    m_process = ChildProcess::Start(command);
+    m_process = ChildProcess::Start(command, setup);
     while (const auto line = m_process.ReadLine(kLimit)) {
         if (!IsNumber(*line)) continue; // a remark of the server
         m_display = ":" + *line;

@@ -14,7 +14,7 @@ class XServer {
   public:
     // `screen` is width x height x depth; `arguments` come behind the usual ones.
     explicit XServer(const std::string& screen = "1280x1024x24",
-                     const std::vector<std::string>& arguments = {});
+                     const std::vector<std::string>& arguments = {}, const ChildProcess::Setup& setup = {});
 
     // The display's name for programs: ":5".
     const std::string& Display() const { return m_display; }
