@@ -35,7 +35,7 @@ class FrameTable final : public FrameIndex {
 
     // --- Filling: the owner's thread alone. ---
 
-    // Before the first Publish.
+    // Before the table is shared.
     void SetTimeScale(const TimeScale& scale) { m_scale = scale; }
     // The next unit in the order of decoding. `offset_bytes` may be -1 (not known).
     UnitNumber AddUnit(std::int64_t offset_bytes, std::uint32_t size_bytes, UnitFlags flags);
@@ -102,7 +102,7 @@ class FrameTable final : public FrameIndex {
     KeyFrame KeyOf(const Group& group) const;
     std::int64_t OffsetOf(UnitNumber unit) const;
 
-    // Immutable after the first Publish.
+    // Immutable once the table is shared.
     const bool m_sized;
     TimeScale m_scale;
 

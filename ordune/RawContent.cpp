@@ -50,8 +50,8 @@ bool RawContent::Recognise(const FileSource& file) {
     return false;
 }
 
-RawContent::RawContent(const std::shared_ptr<const FileSource>& file)
-    : m_indexer(file, *(m_table = std::make_shared<FrameTable>(false)), *m_history) {}
+RawContent::RawContent(const std::shared_ptr<const FileSource>& file, std::size_t block)
+    : m_indexer(file, *(m_table = std::make_shared<FrameTable>(false)), *m_history, block) {}
 
 RawContent::~RawContent() {
     m_stop.store(true, std::memory_order_relaxed);
@@ -59,14 +59,14 @@ RawContent::~RawContent() {
 }
 
 Result<std::shared_ptr<FileContent>> RawContent::Make(const std::shared_ptr<const FileSource>& file,
-                                                      std::chrono::milliseconds patience) {
-    std::shared_ptr<RawContent> content(new RawContent(file));
+                                                      std::chrono::milliseconds patience, std::size_t block) {
+    std::shared_ptr<RawContent> content(new RawContent(file, block));
     const auto begin = std::chrono::steady_clock::now();
     bool more = true;
     bool described = false;
     while (more) {
         more = content->m_indexer.Advance();
-        if (!described) described = content->Describe(*file);
+        if (!described) described = content->Describe();
         const auto spent = std::chrono::steady_clock::now() - begin;
         // There has to be something to show; a stream whose first picture is that far away is refused.
         if (content->m_table->Known() > 0 ? spent >= patience : spent >= kLongestProbe) break;
@@ -89,13 +89,15 @@ Result<std::shared_ptr<FileContent>> RawContent::Make(const std::shared_ptr<cons
     return std::shared_ptr<FileContent>(std::move(content));
 }
 
-bool RawContent::Describe(const FileSource&) {
+bool RawContent::Describe() {
     const std::optional<SequenceParameters>& sequence = m_indexer.FirstSequence();
     if (!sequence) return false;
     m_video.codec = "h264";
     m_video.width = sequence->width;
     m_video.height = sequence->height;
     m_video.sample_aspect_numerator = sequence->aspect_numerator;
+    const RawIndexer::Timing timing = RawIndexer::TimingOf(*sequence);
+    m_table->SetTimeScale({timing.denominator, timing.numerator});
     m_video.sample_aspect_denominator = sequence->aspect_denominator;
     m_parameters = ffmpeg::MakeParameters();
     if (!m_parameters) throw std::bad_alloc();

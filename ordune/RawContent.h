@@ -25,7 +25,8 @@ class RawContent final : public FileContent {
     // Indexes for as long as `patience`, then leaves the rest to the thread. NoVideo where there is no
     // picture.
     static Result<std::shared_ptr<FileContent>> Make(const std::shared_ptr<const FileSource>& file,
-                                                     std::chrono::milliseconds patience);
+                                                     std::chrono::milliseconds patience,
+                                                     std::size_t block = RawIndexer::kBlock);
     ~RawContent() override;
 
     Result<std::unique_ptr<UnitReader>> MakeUnitReader(std::shared_ptr<const FileSource> file) const override;
@@ -33,8 +34,8 @@ class RawContent final : public FileContent {
     void Withdraw(std::uint64_t number) override;
 
   private:
-    explicit RawContent(const std::shared_ptr<const FileSource>& file);
-    bool Describe(const FileSource& file);
+    RawContent(const std::shared_ptr<const FileSource>& file, std::size_t block);
+    bool Describe();
     void Run();
     void Announce();
 

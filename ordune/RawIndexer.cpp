@@ -15,7 +15,6 @@ namespace ordune {
 
 namespace {
 
-constexpr std::size_t kBlock = 1 << 20; // stays in the processor's cache
 // As much of a NAL unit as is looked at. Slice headers and parameter sets are far shorter.
 constexpr std::size_t kLookAhead = 4096;
 constexpr std::size_t kStartCode = 3;
@@ -30,9 +29,10 @@ constexpr unsigned kRecoveryPoint = 6;
 
 } // namespace
 
-RawIndexer::RawIndexer(std::shared_ptr<const FileSource> file, FrameTable& table, ParameterHistory& history)
+RawIndexer::RawIndexer(std::shared_ptr<const FileSource> file, FrameTable& table, ParameterHistory& history,
+                       std::size_t block)
     : m_file(std::move(file)), m_table(table), m_history(history), m_output(table),
-      m_buffer(kBlock + kLookAhead) {}
+      m_buffer(block + kLookAhead) {}
 
 RawIndexer::Timing RawIndexer::TimingOf(const SequenceParameters& sequence) {
     Timing timing;

@@ -37,7 +37,11 @@ class RawIndexer {
         int denominator = 1;
     };
 
-    RawIndexer(std::shared_ptr<const FileSource> file, FrameTable& table, ParameterHistory& history);
+    // How much is read at a time: it stays in the processor's cache.
+    static constexpr std::size_t kBlock = 1 << 20;
+
+    RawIndexer(std::shared_ptr<const FileSource> file, FrameTable& table, ParameterHistory& history,
+               std::size_t block = kBlock);
 
     // Reads the next block and publishes what is final after it. False when the file is done; the table is
     // finished then. A file that cannot be read on ends there.

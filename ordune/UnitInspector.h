@@ -8,8 +8,19 @@ struct AVCodecParameters;
 
 namespace ordune {
 
-// Corrects what the units say of themselves (key, closed, shown, referenced). Reads the units of a small
-// file, and of a large one only what a doubt makes necessary.
+// Corrects what the units say of themselves (key, closed, shown, referenced).
+//
+// 1. A unit whose NAL units do not fill it, or that holds no slice, makes no picture. Files of up to 32 MB of
+// video
+//    are looked through for such, which takes as long as reading them once; in a larger one the container is
+//    believed, and the frame turns out undecodable when it is wanted.
+// 2. A container without a table of key units calls every unit a key: those that are none are found out. One
+// that is
+//    believed is asked for the first 256 units.
+// 3. Two units that are the fields of one frame make one picture, the first one's. Only streams whose
+// sequence allows
+//    fields are looked through for that.
+// 4. Pictures before the first key, and those shown before it that need what came before, are not shown.
 void InspectUnits(const FileSource& file, const AVCodecParameters& parameters, ContainerUnits& units);
 
 } // namespace ordune
