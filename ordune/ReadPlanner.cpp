@@ -17,8 +17,8 @@ constexpr UnitNumber kFarUnits = 3000;
 constexpr UnitNumber kLeadShare = 16;
 constexpr FrameNumber kLeastLead = 4;
 constexpr FrameNumber kMostLead = 8;
-// How much before a frame that a step back did not find made: a second of stepping.
-constexpr FrameNumber kStepBackLead = 32;
+// How much before a frame that a step back did not find made: two seconds of stepping.
+constexpr FrameNumber kStepBackLead = 64;
 // While only key pictures are shown, so many are made in advance.
 constexpr int kKeysAhead = 3;
 
