@@ -1,0 +1,186 @@
+#include "tests/system/PlayerRun.h"
+
+#include "tests/support/WaitUntil.h"
+
+#include <algorithm>
+#include <csignal>
+#include <fstream>
+#include <stdexcept>
+
+namespace system_tests {
+
+using namespace std::chrono_literals;
+using support::ChildProcess;
+using support::WaitUntil;
+
+namespace {
+
+constexpr const char* kMainTitle = "Talvio";
+constexpr const char* kChooserTitle = "Open File";
+
+} // namespace
+
+PlayerRun::PlayerRun(Desktop& desktop, const Setup& setup) : m_desktop(desktop), m_screen(desktop.Display()) {
+    if (!setup.settings.empty()) std::ofstream(Folder() / "Player.config") << setup.settings;
+    ChildProcess::Setup process;
+    process.environment = desktop.Environment();
+    process.workingDirectory = Folder();
+    if (setup.user) {
+        // A folder that this user may write; the desktop's own is closed to others.
+        std::filesystem::permissions(Folder(), std::filesystem::perms::all);
+        process.environment["HOME"] = Folder();
+        process.environment["XDG_RUNTIME_DIR"] = Folder();
+        process.environment["XDG_CONFIG_HOME"] = Folder() / "config";
+        process.environment["XDG_CACHE_HOME"] = Folder() / "cache";
+        process.user = setup.user;
+    }
+    const auto started = std::chrono::steady_clock::now();
+    m_process = ChildProcess::Start({TALVIO_PROGRAM}, process);
+    const bool isShown = WaitUntil(
+        [&] {
+            const auto windows = m_screen.WindowsTitled(kMainTitle);
+            if (!windows.empty()) m_window = windows.front();
+            return m_window != 0 || !m_process.IsRunning();
+        },
+        30s, 1ms);
+    m_startMilliseconds =
+        std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - started).count();
+    if (!isShown || m_window == 0) throw std::runtime_error("no window of the player: " + m_process.Output());
+    Xdotool({"windowactivate", "--sync", std::to_string(m_window)});
+    // Away from the places where hovering shows something.
+    Xdotool({"mousemove", "1270", "1015"});
+}
+
+void PlayerRun::Xdotool(const std::vector<std::string>& arguments) {
+    std::vector<std::string> command = {"xdotool"};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    ChildProcess::Setup setup;
+    setup.environment = m_desktop.Environment();
+    const auto result = ChildProcess::Run(command, 20s, setup);
+    if (result.exitCode != 0) throw std::runtime_error("xdotool failed: " + result.output);
+}
+
+void PlayerRun::Key(const std::string& keys) {
+    Xdotool({"key", "--clearmodifiers", keys});
+}
+
+void PlayerRun::Type(const std::string& text) {
+    Xdotool({"type", "--clearmodifiers", "--delay", "4", text});
+}
+
+void PlayerRun::Click(int x, int y, int button) {
+    const Area area = MainArea();
+    Xdotool({"mousemove", "--sync", std::to_string(area.x + x), std::to_string(area.y + y), "click",
+             std::to_string(button)});
+}
+
+void PlayerRun::DoubleClick(int x, int y) {
+    const Area area = MainArea();
+    Xdotool({"mousemove", "--sync", std::to_string(area.x + x), std::to_string(area.y + y), "click",
+             "--repeat", "2", "--delay", "60", "1"});
+}
+
+bool PlayerRun::ShowChooser() {
+    Key("ctrl+o");
+    if (!WaitForWindow(kChooserTitle)) return false;
+    const auto windows = m_screen.WindowsTitled(kChooserTitle);
+    if (windows.empty()) return false;
+    // Keys go to the window that has the focus: it must be the chooser before anything is typed.
+    Xdotool({"windowactivate", "--sync", std::to_string(windows.front())});
+    return true;
+}
+
+bool PlayerRun::WaitForChooserToGo() {
+    return WaitForNoWindow(kChooserTitle);
+}
+
+bool PlayerRun::Open(const std::string& path) {
+    if (!ShowChooser()) return false;
+    Type(path);
+    Key("Return");
+    return WaitForChooserToGo();
+}
+
+bool PlayerRun::OpenFirstListed() {
+    if (!ShowChooser()) return false;
+    const auto windows = m_screen.WindowsTitled(kChooserTitle);
+    const Area chooser = windows.empty() ? Area() : m_screen.AreaOf(windows.front());
+    // Below the list's header, right of the places' column.
+    Xdotool({"mousemove", "--sync", std::to_string(chooser.x + 166), std::to_string(chooser.y + 71), "click",
+             "--repeat", "2", "--delay", "60", "1"});
+    return WaitForChooserToGo();
+}
+
+void PlayerRun::SetPictureSize(int width, int height) {
+    m_pictureWidth = width;
+    m_pictureHeight = height;
+}
+
+int PlayerRun::Number() {
+    return m_screen.NumberShown(m_window, m_pictureWidth, m_pictureHeight);
+}
+
+bool PlayerRun::WaitForNumber(int number, std::chrono::milliseconds limit) {
+    return WaitUntil([&] { return Number() == number; }, limit);
+}
+
+bool PlayerRun::WaitForAtLeast(int number, std::chrono::milliseconds limit) {
+    return WaitUntil([&] { return Number() >= number; }, limit);
+}
+
+int PlayerRun::StandingNumber(std::chrono::milliseconds limit) {
+    constexpr auto kStanding = 500ms;
+    int number = Number();
+    auto since = std::chrono::steady_clock::now();
+    const bool stands = WaitUntil(
+        [&] {
+            const int now = Number();
+            if (now != number || now < 0) {
+                number = now;
+                since = std::chrono::steady_clock::now();
+            }
+            return std::chrono::steady_clock::now() - since >= kStanding;
+        },
+        limit, 10ms);
+    return stands ? number : -1;
+}
+
+bool PlayerRun::WaitForWindow(const std::string& title, std::chrono::milliseconds limit) {
+    return WaitUntil([&] { return !m_screen.WindowsTitled(title).empty(); }, limit, 10ms);
+}
+
+bool PlayerRun::WaitForNoWindow(const std::string& title, std::chrono::milliseconds limit) {
+    return WaitUntil([&] { return m_screen.WindowsTitled(title).empty(); }, limit, 10ms);
+}
+
+Area PlayerRun::MainArea() {
+    return m_screen.AreaOf(m_window);
+}
+
+std::vector<std::filesystem::path> PlayerRun::Captures() const {
+    std::vector<std::filesystem::path> captures;
+    for (const auto& entry : std::filesystem::directory_iterator(Folder())) {
+        if (entry.path().filename().string().starts_with("picture-")) captures.push_back(entry.path());
+    }
+    std::sort(captures.begin(), captures.end());
+    return captures;
+}
+
+bool PlayerRun::WaitForCaptures(std::size_t count, std::chrono::milliseconds limit) {
+    return WaitUntil([&] { return Captures().size() >= count; }, limit, 10ms);
+}
+
+std::optional<int> PlayerRun::Close() {
+    // The window manager passes on what the title bar's close button of other programs would ask.
+    Xdotool({"windowactivate", "--sync", std::to_string(m_window), "key", "alt+F4"});
+    return m_process.WaitForExit(20s);
+}
+
+void PlayerRun::Screenshot(const std::string& name) {
+    ChildProcess::Setup setup;
+    setup.environment = m_desktop.Environment();
+    ChildProcess::Run({"import", "-window", "root", std::string(TALVIO_TEST_WORK_DIR) + "/" + name + ".png"},
+                      20s, setup);
+}
+
+} // namespace system_tests
