@@ -108,7 +108,9 @@ Result<std::shared_ptr<FileContent>> ContainerContent::Make(const std::shared_pt
     content->m_origin = index.Value().origin;
     content->m_parameters->video_delay =
         std::max(content->m_parameters->video_delay, index.Value().reorder_depth);
-    if (Result<void> seen = content->MakeSureOfAPicture(file); !seen) return seen.Failure();
+    if (!index.Value().sure) {
+        if (Result<void> seen = content->MakeSureOfAPicture(file); !seen) return seen.Failure();
+    }
     return std::shared_ptr<FileContent>(std::move(content));
 }
 

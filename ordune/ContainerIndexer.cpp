@@ -196,13 +196,13 @@ std::uint32_t AddGroups(FrameTable& table, const ContainerUnits& units,
 // Steps 3 and 4.
 Result<ContainerIndex> BuildTable(const FormatInput& input, const AVStream* video, Gathered gathered) {
     const std::string& path = input.File().Path();
+    ContainerIndex index;
     if (gathered.direct) {
         std::erase_if(gathered.units, [&](const ContainerUnit& unit) {
             return !Within(input.File(), unit.offset_bytes, unit.size_bytes);
         });
-        InspectUnits(input.File(), *video->codecpar, gathered.units);
+        index.sure = InspectUnits(input.File(), *video->codecpar, gathered.units);
     }
-    ContainerIndex index;
     index.direct = gathered.direct;
     const std::vector<Presented> order = SortPresented(gathered.units, index.reorder_depth);
     if (order.empty()) {

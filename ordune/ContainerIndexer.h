@@ -31,6 +31,8 @@ struct ContainerIndex {
     bool direct = false;
     // The container's own time of frame 0.
     MediaTime origin{0};
+    // The first key picture is known to be decodable.
+    bool sure = false;
     // How many pictures at most are decoded before one that is shown ahead of them.
     int reorder_depth = 0;
 };

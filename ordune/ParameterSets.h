@@ -34,6 +34,8 @@ struct SequenceParameters {
     std::uint32_t time_scale = 0;
     std::optional<unsigned> reorder_frames;
 
+    // Eight bits, 4:2:0, in a profile that every decoder has.
+    bool IsUsual() const { return (profile == 66 || profile == 77 || profile == 100) && chroma_format == 1; }
     // Which of the colour planes a prediction weight table has: 0 for none but luma.
     unsigned ChromaArrayType() const { return separate_planes ? 0 : chroma_format; }
 };

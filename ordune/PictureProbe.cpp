@@ -34,12 +34,18 @@ Result<void> ProbeForPicture(const AVCodecParameters& parameters, UnitReader& re
     if (!frame) return Error{ErrorKind::OutOfMemory, "not enough memory to open the file", path};
     const auto deadline = std::chrono::steady_clock::now() + kPatience;
     bool more = true;
-    while (more && std::chrono::steady_clock::now() < deadline) {
+    for (int units = 0; more && std::chrono::steady_clock::now() < deadline; ++units) {
         Result<std::optional<CodedUnit>> unit = reader.Next();
         if (!unit) return unit.Failure();
         more = unit.Value().has_value();
         (void)avcodec_send_packet(context, more ? unit.Value()->packet : nullptr);
         if (avcodec_receive_frame(context, frame.get()) >= 0) return {};
+        if (units > 0 || !more) continue;
+        // The first picture alone, without waiting for those that may be shown ahead of it: in nearly every
+        // file this is all that is decoded.
+        (void)avcodec_send_packet(context, nullptr);
+        if (avcodec_receive_frame(context, frame.get()) >= 0) return {};
+        avcodec_flush_buffers(context);
     }
     return NothingToSee(path);
 }

@@ -74,10 +74,14 @@ Result<std::shared_ptr<FileContent>> RawContent::Make(const std::shared_ptr<cons
     if (!described || content->m_table->Known() == 0) return NoPicture(*file);
     content->m_parameters->video_delay = content->m_indexer.Depth();
     content->m_announced = !more;
-    Result<std::unique_ptr<UnitReader>> reader = content->MakeUnitReader(file);
-    if (!reader) return reader.Failure();
-    Result<void> seen = ProbeForPicture(*content->m_parameters, *reader.Value(), file->Path());
-    if (!seen) return seen.Failure();
+    // A known frame is one whose headers are whole and that can be decoded rightly; libavcodec conceals what
+    // is broken in its slices. Only unusual streams are tried.
+    if (!content->m_indexer.FirstSequence()->IsUsual()) {
+        Result<std::unique_ptr<UnitReader>> reader = content->MakeUnitReader(file);
+        if (!reader) return reader.Failure();
+        Result<void> seen = ProbeForPicture(*content->m_parameters, *reader.Value(), file->Path());
+        if (!seen) return seen.Failure();
+    }
     if (more) {
         try {
             content->m_thread = std::thread([raw = content.get()] { raw->Run(); });

@@ -42,6 +42,8 @@ class Inspector {
     bool Knows() const { return m_length_bytes > 0; }
     bool FieldsAllowed() const { return m_fields_allowed; }
     UnitFacts Look(const ContainerUnit& unit, bool whole);
+    // Whether the unit's slice is of a stream as nearly all are.
+    bool IsUsual(const UnitFacts& facts) const;
 
   private:
     void TakeConfiguration(std::span<const std::uint8_t> configuration);
@@ -118,6 +120,13 @@ UnitFacts Inspector::Look(const ContainerUnit& unit, bool whole) {
         at += length;
     }
     return facts;
+}
+
+bool Inspector::IsUsual(const UnitFacts& facts) const {
+    if (!facts.whole || !facts.slice) return false;
+    const PictureParameters* picture = m_sets.Picture(facts.slice->picture_set);
+    const SequenceParameters* sequence = picture ? m_sets.Sequence(picture->sequence_id) : nullptr;
+    return sequence && sequence->IsUsual();
 }
 
 // Some recorders wrap several NAL units with start codes into one behind a length field. The decoder goes by
@@ -201,27 +210,29 @@ void Correct(Inspector& inspector, ContainerUnits& units, std::size_t count, boo
     }
 }
 
-// Rule 4.
-void HideBeforeFirstKey(Inspector& inspector, ContainerUnits& units, bool hevc) {
+// Rule 4. True when the first key is an IDR picture in a usual profile.
+bool HideBeforeFirstKey(Inspector& inspector, ContainerUnits& units, bool hevc) {
     std::size_t key = 0;
     while (key < units.size() && !units[key].key)
         ++key;
-    if (key == units.size()) return; // what the decoder makes of it is not known here
+    if (key == units.size()) return false; // what the decoder makes of it is not known here
     for (std::size_t i = 0; i < key; ++i)
         units[i].shown = false;
-    if (inspector.Look(units[key], false).closed) return;
+    const UnitFacts facts = inspector.Look(units[key], false);
+    if (facts.closed) return units[key].shown && inspector.IsUsual(facts);
     const std::size_t end = std::min(units.size(), key + 1 + kMostLeading);
     for (std::size_t i = key + 1; i < end; ++i) {
         if (units[i].time >= units[key].time) continue;
         if (!hevc || inspector.Look(units[i], false).skipped) units[i].shown = false;
     }
+    return false;
 }
 
 } // namespace
 
-void InspectUnits(const FileSource& file, const AVCodecParameters& parameters, ContainerUnits& units) {
+bool InspectUnits(const FileSource& file, const AVCodecParameters& parameters, ContainerUnits& units) {
     Inspector inspector(file, parameters);
-    if (!inspector.Knows() || units.empty()) return;
+    if (!inspector.Knows() || units.empty()) return false;
     std::int64_t bytes = 0;
     for (const ContainerUnit& unit : units)
         bytes += unit.size_bytes;
@@ -241,7 +252,7 @@ void InspectUnits(const FileSource& file, const AVCodecParameters& parameters, C
             if (!believed) Correct(inspector, units, units.size(), false);
         }
     }
-    HideBeforeFirstKey(inspector, units, parameters.codec_id == AV_CODEC_ID_HEVC);
+    return HideBeforeFirstKey(inspector, units, parameters.codec_id == AV_CODEC_ID_HEVC);
 }
 
 } // namespace ordune
