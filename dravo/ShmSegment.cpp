@@ -11,7 +11,8 @@ std::unique_ptr<ShmSegment> ShmSegment::Make(XConnection& connection, std::size_
     std::unique_ptr<ShmSegment> segment(new ShmSegment(connection, bytes));
     void* data = shmat(memory, nullptr, 0);
     shmctl(memory, IPC_RMID, nullptr);
-    if (data == reinterpret_cast<void*>(-1)) return nullptr;
+    // shmat(2) reports a failure as -1, which no mapping is.
+    if (reinterpret_cast<std::intptr_t>(data) == -1) return nullptr;
     segment->m_data = static_cast<std::uint8_t*>(data);
     segment->m_id = xcb_generate_id(connection.Raw());
     xcb_shm_attach(connection.Raw(), segment->m_id, static_cast<std::uint32_t>(memory), /*read_only=*/1);

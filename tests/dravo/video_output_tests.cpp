@@ -337,10 +337,11 @@ TEST_F(VideoOutputTest, AServerThatStandsStillHoldsNobodyUpAndGetsTheNewestPictu
     ASSERT_TRUE(output);
     output->Show(Solid(support::kRed), {});
     ASSERT_TRUE(m_screen.WaitForPixel(160, 90, kRed));
+    const ordune::PicturePtr pictures[] = {Solid(support::kBlue), Solid(support::kGreen)};
     ASSERT_EQ(kill(m_server.Pid(), SIGSTOP), 0);
     auto shown = std::async(std::launch::async, [&] {
         for (int i = 0; i < 200; ++i)
-            output->Show(Solid(i % 2 == 0 ? support::kBlue : support::kGreen), {});
+            output->Show(pictures[i % 2], {});
         output->HandleEvents();
     });
     EXPECT_EQ(shown.wait_for(std::chrono::seconds(20)), std::future_status::ready);
