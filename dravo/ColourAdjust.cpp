@@ -48,15 +48,17 @@ Pixel WithChroma(const Pixel& pixel, double saturation, double degrees) {
 
 } // namespace
 
-void ColourAdjust::Set(const Colour& colour) {
+void ColourAdjust::Set(const Colour& colour, int brightness_offset) {
     const Colour bounded = Bounded(colour);
-    if (bounded == m_colour) return;
+    if (bounded == m_colour && brightness_offset == m_brightness_offset) return;
     m_colour = bounded;
+    m_brightness_offset = std::clamp(brightness_offset, -255, 255);
     constexpr double one = 1 << kFractionBits;
     const double contrast = OfNeutral(m_colour.contrast);
     const double saturation = OfNeutral(m_colour.saturation);
     const double degrees = (OfNeutral(m_colour.hue) - 1.0) * 180.0;
-    const double added = (1.0 - contrast) * kMiddleGrey + 2.0 * (m_colour.brightness - kNeutral);
+    const double added =
+        (1.0 - contrast) * kMiddleGrey + 2.0 * (m_colour.brightness - kNeutral) + m_brightness_offset;
 
     // The matrix's columns are what becomes of pure blue, green and red.
     const std::array<Pixel, 3> columns{WithChroma({1, 0, 0}, saturation, degrees),

@@ -23,11 +23,12 @@ class ColourAdjust {
     static constexpr int kNeutral = 64;
     static constexpr int kLargest = 128;
 
-    // Values outside 0 to 128 count as the nearer end.
-    void Set(const Colour& colour);
+    // Values outside 0 to 128 count as the nearer end. `brightness_offset` is added to every channel, in steps of
+    // 1/255: finer than the brightness axis, for evening out what the film itself does.
+    void Set(const Colour& colour, int brightness_offset = 0);
 
     // True where Apply changes nothing, and then it does not touch the pixels.
-    bool IsNeutral() const { return m_colour == Colour{}; }
+    bool IsNeutral() const { return m_colour == Colour{} && m_brightness_offset == 0; }
 
     // Changes height rows of width pixels (B, G, R and one byte that stays) that begin stride bytes apart.
     void Apply(std::uint8_t* pixels, int width, int height, int stride) const;
@@ -48,6 +49,7 @@ class ColourAdjust {
     int ApplyInVectors(std::uint8_t* pixels, int width) const;
 
     Colour m_colour;
+    int m_brightness_offset = 0;
     std::array<Row, 3> m_rows{};
 };
 

@@ -148,7 +148,7 @@ bool ShmVideoOutput::Fill(const Box& box, const ordune::PictureArea& area) try {
     }
     if (!m_scaler.Scale(*m_picture, area, m_options.quality, pixels, box.width, box.height, stride))
         return false;
-    m_colour.Set(m_options.colour);
+    m_colour.Set(m_options.colour, m_options.brightness_offset);
     m_colour.Apply(pixels, box.width, box.height, stride);
     if (!layout.IsBgra()) {
         for (int y = 0; y < box.height; ++y) {
