@@ -14,6 +14,9 @@ constexpr std::size_t kRingFrames = 16384;
 constexpr std::size_t kSlopeFrames = 240;
 // A change of loudness from nothing to full takes 10 ms.
 constexpr float kLoudnessStep = 1.0F / 480;
+// A pull that comes this much too late, 100 ms, has left the device without sound: what it missed is left
+// out.
+constexpr std::uint64_t kBehindFrames = SoundOutput::kSampleRate / 10;
 // How much of the past is remembered for positions; devices hold back less.
 constexpr std::uint64_t kRecentFrames = 4 * SoundOutput::kSampleRate;
 
@@ -78,7 +81,7 @@ void SoundFeed::CollectPulls() {
         // Pulls before Start may still be in the log; they say nothing about what is heard since.
         if (pull.first < m_session_first) continue;
         m_anchor_at = pull.at;
-        m_anchor_frame = pull.first + pull.count;
+        m_anchor_frame = pull.first;
         if (pull.count > 0) m_recent.push_back(pull);
     }
     while (!m_recent.empty() && m_recent.front().first + kRecentFrames < m_ring.ReadSoFar())
@@ -176,14 +179,13 @@ SampleRing::Taken SoundFeed::TakeDue(float* out, std::size_t frames, Time now) {
     if (line_start != m_line_seen) {
         m_line_seen = line_start;
         m_last_at = line_start;
-        m_last_next = m_line_frame.load(std::memory_order_relaxed);
-        m_aligning = true;
-    } else if (now - m_last_at >= kPatience) {
+        m_last_first = m_line_frame.load(std::memory_order_relaxed);
         m_aligning = true;
     }
+    const std::uint64_t due = m_last_first + FramesIn(now - m_last_at);
+    const std::uint64_t next = m_ring.Skip(0).first;
+    if (due > next + kBehindFrames) m_aligning = true;
     if (m_aligning) {
-        const std::uint64_t due = m_last_next + FramesIn(now - m_last_at);
-        const std::uint64_t next = m_ring.Skip(0).first;
         if (next < due) m_ring.Skip(static_cast<std::size_t>(due - next));
         if (m_ring.ReadSoFar() < due) return {};
         m_aligning = false;
@@ -191,7 +193,7 @@ SampleRing::Taken SoundFeed::TakeDue(float* out, std::size_t frames, Time now) {
     }
     const SampleRing::Taken taken = m_ring.Read(out, frames);
     m_last_at = now;
-    m_last_next = taken.first + taken.count;
+    m_last_first = taken.first;
     return taken;
 }
 

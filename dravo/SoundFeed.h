@@ -110,8 +110,8 @@ class SoundFeed {
 
     // Callback only.
     Time m_line_seen; // m_line_start of the session that is being played
-    Time m_last_at;   // when m_last_next was the next frame to be pulled
-    std::uint64_t m_last_next = 0;
+    Time m_last_at;   // when m_last_first was the first frame of a pull
+    std::uint64_t m_last_first = 0;
     bool m_aligning = false;               // the frame that is due has not been reached
     bool m_silent = true;                  // the last frame put out was none of the ring's
     float m_loudness = 0;                  // what the last frame was multiplied with, without slopes
