@@ -325,6 +325,7 @@ class CTalvioDlg : public QDialog, public CWindowCommands, public CPlaylistOwner
 
     // playlist
     bool IsListed(const QString& strPath);
+    void SetCurrentRow(int nRow);
     QList<int> RowsOf(const QList<QListWidgetItem*>& lstItems) const;
     bool SetPlaylistButton(bool bShown);
 

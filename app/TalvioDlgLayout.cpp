@@ -73,6 +73,8 @@ bool CTalvioDlg::CreateViewLayout() {
 void CTalvioDlg::LayOutPlaylist() {
     m_pListBox->setMinimumWidth(kPlaylistMinimum);
     m_pListBox->setCursor(Qt::ArrowCursor);
+    // Measuring every entry again for each one added would take seconds with thousands of them.
+    m_pListBox->setUniformItemSizes(true);
     m_pListLayout->setContentsMargins(0, 0, 0, 0);
     m_pListLayout->setSpacing(0);
     m_pListLayout->addWidget(m_pListBox);

@@ -64,8 +64,13 @@ bool CTalvioDlg::AddFile2List(QString strPath, bool bMarkBad) {
     m_setListed.insert(strPath);
     m_bListedStale = false;
 
-    if (m_nAddCount <= 1) m_pListBox->setCurrentRow(m_pListBox->count() - 1);
+    if (m_nAddCount <= 1) SetCurrentRow(m_pListBox->count() - 1);
     return true;
+}
+
+// The highlight goes with the current row; a list widget left to itself would keep the former ones highlighted too.
+void CTalvioDlg::SetCurrentRow(int nRow) {
+    m_pListBox->setCurrentRow(nRow, QItemSelectionModel::ClearAndSelect);
 }
 
 bool CTalvioDlg::BrowseFile(QString* pOutPath) {

@@ -105,7 +105,7 @@ void CTalvioDlg::PlayProcess() {
 }
 
 bool CTalvioDlg::OpenIfPlayable(int nRow) {
-    m_pListBox->setCurrentRow(nRow);
+    SetCurrentRow(nRow);
     const QListWidgetItem* pItem = m_pListBox->item(nRow);
     if (pItem == nullptr || pItem->background() == m_brushBadFile) return false;
     m_strFilePath = pItem->statusTip();
@@ -125,7 +125,7 @@ void CTalvioDlg::OpenFromTop() {
     for (int nRow = 0; nRow < m_pListBox->count() - 1; ++nRow) {
         if (OpenIfPlayable(nRow)) return;
     }
-    m_pListBox->setCurrentRow(m_pListBox->count() - 1);
+    SetCurrentRow(m_pListBox->count() - 1);
     Stop();
 }
 
