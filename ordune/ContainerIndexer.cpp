@@ -9,6 +9,7 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <cstdint>
 #include <new>
 #include <utility>
 
@@ -115,7 +116,8 @@ Result<Gathered> GatherFromPackets(const FormatInput& input, const AVStream* vid
             unit.time = packet->pts != AV_NOPTS_VALUE   ? packet->pts
                         : packet->dts != AV_NOPTS_VALUE ? packet->dts
                                                         : last_time + 1;
-            unit.duration = packet->duration;
+            unit.duration =
+                static_cast<std::uint32_t>(std::clamp<std::int64_t>(packet->duration, 0, UINT32_MAX));
             unit.key = (packet->flags & AV_PKT_FLAG_KEY) != 0;
             unit.shown = (packet->flags & AV_PKT_FLAG_DISCARD) == 0;
             last_time = unit.time;
@@ -131,38 +133,32 @@ Result<Gathered> GatherFromPackets(const FormatInput& input, const AVStream* vid
     return gathered;
 }
 
-struct Presented {
-    std::int64_t time;
-    UnitNumber unit;
-};
-
 // The shown units in the order of presentation, and the depth of reordering.
 //
 // An insertion sort: a unit is moved ahead of as many as were decoded before it and are shown after it, which
 // is what the depth means, and in a real file is a handful. A file that claims otherwise is sorted the
 // general way.
-std::vector<Presented> SortPresented(const ContainerUnits& units, int& depth) {
+std::vector<UnitNumber> SortPresented(const ContainerUnits& units, int& depth) {
     constexpr std::size_t kDeepest = 64;
-    std::vector<Presented> order;
+    std::vector<UnitNumber> order;
     order.reserve(units.size());
     bool hostile = false;
     std::size_t deepest = 0;
     for (UnitNumber unit = 0; unit < units.size(); ++unit) {
         if (!units[unit].shown) continue;
-        const Presented item{units[unit].time, unit};
         std::size_t at = order.size();
-        order.push_back(item);
-        while (!hostile && at > 0 && order[at - 1].time > item.time) {
+        order.push_back(unit);
+        while (!hostile && at > 0 && units[order[at - 1]].time > units[unit].time) {
             order[at] = order[at - 1];
             --at;
             if (order.size() - 1 - at > kDeepest) hostile = true;
         }
-        order[at] = item;
+        order[at] = unit;
         deepest = std::max(deepest, order.size() - 1 - at);
     }
     if (hostile) {
-        std::sort(order.begin(), order.end(), [](const Presented& a, const Presented& b) {
-            return a.time != b.time ? a.time < b.time : a.unit < b.unit;
+        std::sort(order.begin(), order.end(), [&](UnitNumber a, UnitNumber b) {
+            return units[a].time != units[b].time ? units[a].time < units[b].time : a < b;
         });
     }
     depth = static_cast<int>(std::min<std::size_t>(deepest, 16));
@@ -204,7 +200,7 @@ Result<ContainerIndex> BuildTable(const FormatInput& input, const AVStream* vide
         index.sure = InspectUnits(input.File(), *video->codecpar, gathered.units);
     }
     index.direct = gathered.direct;
-    const std::vector<Presented> order = SortPresented(gathered.units, index.reorder_depth);
+    const std::vector<UnitNumber> order = SortPresented(gathered.units, index.reorder_depth);
     if (order.empty()) {
         return Error{ErrorKind::NoVideo,
                      "the file holds no picture; the recording was cut off before its first", path};
@@ -217,11 +213,11 @@ Result<ContainerIndex> BuildTable(const FormatInput& input, const AVStream* vide
                       {.referenced = unit.referenced, .closed = unit.closed});
     }
     std::vector<FrameNumber> frame_of(gathered.units.size(), kNoFrame);
-    const std::int64_t first = order.front().time;
-    for (const Presented& item : order)
-        frame_of[item.unit] = table.AddFrame(item.unit, item.time - first);
+    const std::int64_t first = gathered.units[order.front()].time;
+    for (const UnitNumber unit : order)
+        frame_of[unit] = table.AddFrame(unit, gathered.units[unit].time - first);
     const std::uint32_t groups = AddGroups(table, gathered.units, frame_of);
-    const ContainerUnit& last = gathered.units[order.back().unit];
+    const ContainerUnit& last = gathered.units[order.back()];
     std::int64_t duration = last.duration;
     if (duration <= 0 && order.size() > 1)
         duration = (last.time - first) / static_cast<std::int64_t>(order.size() - 1);

@@ -8,8 +8,8 @@ namespace ordune {
 
 struct ContainerUnit {
     std::int64_t offset_bytes = -1;
-    std::int64_t time = 0;     // of presentation, in ticks of the stream
-    std::int64_t duration = 0; // in ticks; 0: not known
+    std::int64_t time = 0;      // of presentation, in ticks of the stream
+    std::uint32_t duration = 0; // in ticks; 0: not known
     std::uint32_t size_bytes = 0;
     bool key = false;
     bool shown = true;

@@ -10,6 +10,7 @@ extern "C" {
 
 #include <array>
 #include <cerrno>
+#include <cstdarg>
 #include <mutex>
 
 namespace ordune::ffmpeg {
@@ -107,7 +108,11 @@ Error MakeError(int code, const std::string& doing, const std::string& file) {
 
 void QuietLog() {
     static std::once_flag once;
-    std::call_once(once, [] { av_log_set_level(AV_LOG_QUIET); });
+    std::call_once(once, [] {
+        av_log_set_level(AV_LOG_QUIET);
+        // It is called for every sample of an MP4 file, at whatever level; an empty one costs least.
+        av_log_set_callback([](void*, int, const char*, va_list) {});
+    });
 }
 
 } // namespace ordune::ffmpeg
