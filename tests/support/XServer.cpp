@@ -21,8 +21,8 @@ XServer::XServer(const std::string& screen, const std::vector<std::string>& argu
                  const ChildProcess::Setup& setup) {
     // The server tells the free display number that it took once it takes connections, on its standard
     // output.
-    std::vector<std::string> command{"Xvfb", "-displayfd", "1",   "-screen",    "0",
-                                     screen, "-nolisten",  "tcp", "+extension", "RANDR"};
+    std::vector<std::string> command{"Xvfb",      "-displayfd", "1",          "-screen", "0",       screen,
+                                     "-nolisten", "tcp",        "+extension", "RANDR",   "-noreset"};
     command.insert(command.end(), arguments.begin(), arguments.end());
     m_process = ChildProcess::Start(command, setup);
     while (const auto line = m_process.ReadLine(kLimit)) {
