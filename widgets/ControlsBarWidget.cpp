@@ -13,6 +13,7 @@
 #include <QStyleFactory>
 #include <QVBoxLayout>
 
+#include <functional>
 #include <new>
 
 namespace {
@@ -218,8 +219,8 @@ bool CControlsBarWidget::CreateControlLayout() {
 }
 
 void CControlsBarWidget::ConnectButton(CSkinButton* pButton, bool (CWindowCommands::*pCommand)()) {
-    connect(pButton, &QAbstractButton::clicked, this, [this, pCommand] {
-        if (m_pMainDlg) (m_pMainDlg->*pCommand)();
+    connect(pButton, &QAbstractButton::clicked, this, [this, command = std::mem_fn(pCommand)] {
+        if (m_pMainDlg) command(*m_pMainDlg);
     });
 }
 
