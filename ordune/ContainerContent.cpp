@@ -122,7 +122,11 @@ Result<void> ContainerContent::MakeSureOfAPicture(const std::shared_ptr<const Fi
 
 Result<std::unique_ptr<UnitReader>>
 ContainerContent::MakeUnitReader(std::shared_ptr<const FileSource> file) const {
-    if (m_direct) return DirectUnitReader::Make(std::move(file), m_table);
+    const AVCodecParameters& parameters = *m_parameters;
+    const bool lengths = parameters.codec_id == AV_CODEC_ID_H264 && parameters.extradata_size > 6 &&
+                         parameters.extradata[0] == 1;
+    const std::size_t length_bytes = lengths ? (parameters.extradata[4] & 3U) + 1 : 0;
+    if (m_direct) return DirectUnitReader::Make(std::move(file), m_table, length_bytes);
     return FormatUnitReader::Make(std::move(file), m_table, m_stream_index);
 }
 

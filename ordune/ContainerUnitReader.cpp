@@ -18,6 +18,23 @@ Error NotAGroup(const FileSource& file) {
     return {ErrorKind::OutOfRange, "the position is not the beginning of a group of pictures", file.Path()};
 }
 
+// Whether the first slice of an H.264 unit says that others refer to its picture; true where there is none.
+bool IsReferenced(const AVPacket& packet, std::size_t length_bytes) {
+    const auto size = static_cast<std::size_t>(packet.size);
+    std::size_t at = 0;
+    while (at + length_bytes < size) {
+        std::size_t length = 0;
+        for (std::size_t i = 0; i < length_bytes; ++i)
+            length = (length << 8) | packet.data[at + i];
+        at += length_bytes;
+        const unsigned type = packet.data[at] & 31U;
+        if (type == 1 || type == 5) return (packet.data[at] & 0x60U) != 0;
+        if (length > size - at) break;
+        at += length;
+    }
+    return true;
+}
+
 CodedUnit Label(AVPacket* packet, UnitNumber number, const FrameTable& table) {
     CodedUnit unit;
     unit.packet = packet;
@@ -36,16 +53,19 @@ CodedUnit Label(AVPacket* packet, UnitNumber number, const FrameTable& table) {
 } // namespace
 
 Result<std::unique_ptr<UnitReader>> DirectUnitReader::Make(std::shared_ptr<const FileSource> file,
-                                                           std::shared_ptr<const FrameTable> table) {
+                                                           std::shared_ptr<const FrameTable> table,
+                                                           std::size_t length_bytes) {
     ffmpeg::PacketPtr packet = ffmpeg::MakePacket();
     if (!packet) return ffmpeg::MakeError(AVERROR(ENOMEM), "cannot read the file", file->Path());
     return std::unique_ptr<UnitReader>(
-        new DirectUnitReader(std::move(file), std::move(table), std::move(packet)));
+        new DirectUnitReader(std::move(file), std::move(table), length_bytes, std::move(packet)));
 }
 
 DirectUnitReader::DirectUnitReader(std::shared_ptr<const FileSource> file,
-                                   std::shared_ptr<const FrameTable> table, ffmpeg::PacketPtr packet)
-    : m_file(std::move(file)), m_table(std::move(table)), m_packet(std::move(packet)) {}
+                                   std::shared_ptr<const FrameTable> table, std::size_t length_bytes,
+                                   ffmpeg::PacketPtr packet)
+    : m_file(std::move(file)), m_table(std::move(table)), m_length_bytes(length_bytes),
+      m_packet(std::move(packet)) {}
 
 Result<void> DirectUnitReader::SeekTo(UnitNumber first_of_group) {
     if (!m_table->BeginsGroup(first_of_group)) return NotAGroup(*m_file);
@@ -70,7 +90,9 @@ Result<std::optional<CodedUnit>> DirectUnitReader::Next() {
     }
     m_packet->pos = extent.offset_bytes;
     m_packet->stream_index = 0;
-    return std::optional(Label(m_packet.get(), m_next++, *m_table));
+    CodedUnit unit = Label(m_packet.get(), m_next++, *m_table);
+    if (m_length_bytes > 0) unit.referenced = IsReferenced(*m_packet, m_length_bytes);
+    return std::optional(unit);
 }
 
 Result<std::unique_ptr<UnitReader>> FormatUnitReader::Make(std::shared_ptr<const FileSource> file,

@@ -8,6 +8,7 @@
 #include "ordune/FrameTable.h"
 #include "ordune/MediaFile.h"
 
+#include <cstddef>
 #include <memory>
 
 namespace ordune {
@@ -15,18 +16,21 @@ namespace ordune {
 // Units by offset and size.
 class DirectUnitReader final : public UnitReader {
   public:
+    // `length_bytes` is the size of the length fields ahead of H.264's NAL units; 0 for other codecs.
     static Result<std::unique_ptr<UnitReader>> Make(std::shared_ptr<const FileSource> file,
-                                                    std::shared_ptr<const FrameTable> table);
+                                                    std::shared_ptr<const FrameTable> table,
+                                                    std::size_t length_bytes);
 
     Result<void> SeekTo(UnitNumber first_of_group) override;
     Result<std::optional<CodedUnit>> Next() override;
 
   private:
     DirectUnitReader(std::shared_ptr<const FileSource> file, std::shared_ptr<const FrameTable> table,
-                     ffmpeg::PacketPtr packet);
+                     std::size_t length_bytes, ffmpeg::PacketPtr packet);
 
     const std::shared_ptr<const FileSource> m_file;
     const std::shared_ptr<const FrameTable> m_table;
+    const std::size_t m_length_bytes;
     const ffmpeg::PacketPtr m_packet;
     UnitNumber m_next = 0;
 };
@@ -35,7 +39,6 @@ class DirectUnitReader final : public UnitReader {
 // none, the file is read from its start and counted.
 class FormatUnitReader final : public UnitReader {
   public:
-    // Times of packets are matched too, since several may share a place; `origin_ticks` is frame 0's.
     static Result<std::unique_ptr<UnitReader>>
     Make(std::shared_ptr<const FileSource> file, std::shared_ptr<const FrameTable> table, int stream_index);
 

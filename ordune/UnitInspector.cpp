@@ -177,7 +177,8 @@ void Inspector::LookAtHevc(std::span<const std::uint8_t> nal, UnitFacts& facts) 
     facts.key = type >= 16 && type <= 23;
     facts.closed = type >= 18 && type <= 20;
     facts.skipped = type == 8 || type == 9;
-    facts.referenced = type > 15 || type % 2 == 1;
+    // Not referred to within its own temporal layer is all that the type says; a higher layer may refer to
+    // it.
 }
 
 bool IsSecondField(const UnitFacts& first, const UnitFacts& second) {
