@@ -330,7 +330,6 @@ class CTalvioDlg : public QDialog, public CWindowCommands, public CPlaylistOwner
     bool SetPlaylistButton(bool bShown);
 
     // settings: the ten that are kept, in the order of the file
-    static const QStringList& ConfigKeys();
     QStringList ConfigValues() const;
     void SetConfigValue(const QString& strKey, const QString& strText);
 

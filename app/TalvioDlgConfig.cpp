@@ -1,47 +1,16 @@
 // The settings, and the file that keeps ten of them between runs.
+#include "app/ConfigFile.h"
 #include "app/TalvioDlg.h"
 
-#include <QDomDocument>
-#include <QFile>
-#include <QList>
 #include <QMutexLocker>
-#include <QTextStream>
 
 namespace {
-
-constexpr auto kRoot = QLatin1String("PlayerSettings");
-constexpr int kIndent = 4; // spaces a level
-
-// The children that count: all but text of white space alone.
-QList<QDomNode> Children(const QDomElement& root) {
-    QList<QDomNode> lstNodes;
-    for (QDomNode node = root.firstChild(); !node.isNull(); node = node.nextSibling()) {
-        if (node.isText() && node.nodeValue().trimmed().isEmpty()) continue;
-        lstNodes.append(node);
-    }
-    return lstNodes;
-}
-
-void Append(QDomDocument& document, QDomElement& root, const QString& strKey, const QString& strValue) {
-    QDomElement element = document.createElement(strKey);
-    element.appendChild(document.createTextNode(strValue));
-    root.appendChild(element);
-}
 
 QString Number(bool bValue) {
     return QString::number(bValue ? 1 : 0);
 }
 
 } // namespace
-
-const QStringList& CTalvioDlg::ConfigKeys() {
-    static const QStringList lstKeys = {QStringLiteral("FilePath"),   QStringLiteral("CappicPath"),
-                                        QStringLiteral("ConCapPath"), QStringLiteral("HighQuality"),
-                                        QStringLiteral("Deflash"),    QStringLiteral("ThrowBNum"),
-                                        QStringLiteral("Timer"),      QStringLiteral("DisplayType"),
-                                        QStringLiteral("CappicType"), QStringLiteral("ConCapType")};
-    return lstKeys;
-}
 
 QStringList CTalvioDlg::ConfigValues() const {
     return {m_strLastDir,
@@ -71,42 +40,16 @@ void CTalvioDlg::SetConfigValue(const QString& strKey, const QString& strText) {
     if (strKey == QLatin1String("ConCapType")) SetConCapType(nValue);
 }
 
-// Settings are matched by position: a misplaced or misspelt one keeps its value, and a file with one too many
-// or too few is ignored whole.
+// Settings are matched by position: a misplaced or misspelt one keeps its value.
 void CTalvioDlg::ReadFromConfigFile(QString strPath) {
-    if (strPath.isEmpty()) return;
-    QFile file(strPath);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) return;
-    QDomDocument document;
-    if (!document.setContent(&file)) return;
-    const QDomElement root = document.documentElement();
-    if (root.tagName() != kRoot) return;
-    const QStringList& lstKeys = ConfigKeys();
-    const QList<QDomNode> lstNodes = Children(root);
-    if (lstNodes.size() != lstKeys.size()) return;
-    for (qsizetype i = 0; i < lstKeys.size(); ++i) {
-        const QDomElement element = lstNodes[i].toElement();
-        if (element.isNull() || element.tagName() != lstKeys[i]) continue;
-        SetConfigValue(lstKeys[i], element.text());
+    const QStringList lstValues = ReadConfigFile(strPath);
+    for (qsizetype i = 0; i < lstValues.size(); ++i) {
+        if (!lstValues[i].isNull()) SetConfigValue(ConfigKeys()[i], lstValues[i]);
     }
 }
 
 void CTalvioDlg::WriteIntoConfigFile(QString strPath) {
-    QDomDocument document;
-    document.appendChild(document.createProcessingInstruction(
-        QStringLiteral("xml"), QStringLiteral("version=\"1.0\" encoding=\"UTF-8\"")));
-    QDomElement root = document.createElement(kRoot);
-    document.appendChild(root);
-    const QStringList& lstKeys = ConfigKeys();
-    const QStringList lstValues = ConfigValues();
-    for (qsizetype i = 0; i < lstKeys.size(); ++i)
-        Append(document, root, lstKeys[i], lstValues[i]);
-
-    QFile file(strPath);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) return;
-    QTextStream stream(&file);
-    stream.setEncoding(QStringConverter::Utf8);
-    document.save(stream, kIndent, QDomNode::EncodingFromTextStream);
+    WriteConfigFile(strPath, ConfigValues());
 }
 
 QString CTalvioDlg::GetCapPath() const {
