@@ -20,8 +20,10 @@
 #pragma once
 
 #include "app/KeyRepeat.h"
+#include "dialogs/FileFacts.h"
 #include "engine/PlayEvents.h"
 #include "playlist/PlaylistOwner.h"
+#include "settings/SettingsOwner.h"
 #include "widgets/WindowCommands.h"
 
 #include <QBrush>
@@ -59,7 +61,12 @@ class QVBoxLayout;
 
 // Slots that return bool answer whether the command was carried out; one that does not apply in the current
 // state is refused silently and changes nothing.
-class CTalvioDlg : public QDialog, public CWindowCommands, public CPlaylistOwner, public CPlayEvents {
+class CTalvioDlg : public QDialog,
+                   public CWindowCommands,
+                   public CPlaylistOwner,
+                   public CPlayEvents,
+                   public CFileFacts,
+                   public CSettingsOwner {
     Q_OBJECT
 
   public:
@@ -76,7 +83,7 @@ class CTalvioDlg : public QDialog, public CWindowCommands, public CPlaylistOwner
     void ConCapPic() override;
 
     // Null when the window could not be built.
-    COperate* GetOperate() const { return m_pOperate; }
+    COperate* GetOperate() const override { return m_pOperate; }
 
     // --- start
     bool InitMainDlg();
@@ -117,13 +124,13 @@ class CTalvioDlg : public QDialog, public CWindowCommands, public CPlaylistOwner
 
     // --- play
     // Hands the settings and the video surface's window to the facade.
-    void SetPara();
+    void SetPara() override;
     // Brings every control into line with the play state.
-    void SetState();
+    void SetState() override;
     void SetCtrlState();
     // -4 to 4, clamped; used from the next open or play on.
-    void SetSpeed(int nLevel);
-    int GetSpeed() const { return m_nSpeed; }
+    void SetSpeed(int nLevel) override;
+    int GetSpeed() const override { return m_nSpeed; }
     bool GetSoundStatus() const override { return m_bSound; }
 
     // --- playlist
@@ -137,52 +144,52 @@ class CTalvioDlg : public QDialog, public CWindowCommands, public CPlaylistOwner
     bool JudgeFileType(QString strPath);
     void HandleDrop(QDropEvent* pEvent) override;
     // Path helpers: false, with the output untouched, for an empty path or a null output.
-    bool GetFileNameFormPath(QString strPath, QString* pName);
-    bool GetDirFromPath(QString strPath, QString* pDir);           // with its trailing slash
-    bool GetFileTypeFromFileName(QString strName, QString* pType); // the last three characters
+    bool GetFileNameFormPath(QString strPath, QString* pName) override;
+    bool GetDirFromPath(QString strPath, QString* pDir) override;           // with its trailing slash
+    bool GetFileTypeFromFileName(QString strName, QString* pType) override; // the last three characters
     QString GetCurFileName();
 
     // --- facts of the current file, for the file information: false when their source is missing
-    bool GetFilePath(QString* pPath);
-    bool GetResolution(QString* pResolution);
-    bool GetFrameRate(QString* pFrameRate);
-    bool GetFileTime(QString* pTime);
-    bool GetFileSize(QString* pSize);
+    bool GetFilePath(QString* pPath) override;
+    bool GetResolution(QString* pResolution) override;
+    bool GetFrameRate(QString* pFrameRate) override;
+    bool GetFileTime(QString* pTime) override;
+    bool GetFileSize(QString* pSize) override;
 
     // --- settings
     void ReadFromConfigFile(QString strPath);
     void WriteIntoConfigFile(QString strPath);
-    QString GetCapPath() const;
-    void SetCapPath(QString strPath);
-    QString GetConCapPath() const;
-    void SetConCapPath(QString strPath);
-    bool GetHighQuality() const;
-    void SetHighQuality(bool bHigh);
-    bool GetDeflash() const;
-    void SetDeflash(bool bDeflash);
-    int GetThrowBNum() const;
-    void SetThrowBNum(int nNum);
-    int GetPlayerTimer() const;
-    void SetPlayerTimer(int nType);
-    int GetDisplayType() const;
-    void SetDisplayType(int nType);
-    int GetCapType() const;
-    void SetCapType(int nType);
-    int GetConCapType() const;
-    void SetConCapType(int nType);
-    int GetDeinterlaceType() const;
-    void SetDeinterlaceType(unsigned long nType);
-    int GetPreThrowBNum() const;
-    void SetPreThrowBNum(int nNum);
+    QString GetCapPath() const override;
+    void SetCapPath(QString strPath) override;
+    QString GetConCapPath() const override;
+    void SetConCapPath(QString strPath) override;
+    bool GetHighQuality() const override;
+    void SetHighQuality(bool bHigh) override;
+    bool GetDeflash() const override;
+    void SetDeflash(bool bDeflash) override;
+    int GetThrowBNum() const override;
+    void SetThrowBNum(int nNum) override;
+    int GetPlayerTimer() const override;
+    void SetPlayerTimer(int nType) override;
+    int GetDisplayType() const override;
+    void SetDisplayType(int nType) override;
+    int GetCapType() const override;
+    void SetCapType(int nType) override;
+    int GetConCapType() const override;
+    void SetConCapType(int nType) override;
+    int GetDeinterlaceType() const override;
+    void SetDeinterlaceType(unsigned long nType) override;
+    int GetPreThrowBNum() const override;
+    void SetPreThrowBNum(int nNum) override;
     // The four picture values: a negative one is refused.
-    int GetBrightness() const;
-    bool SetBrightness(int nValue);
-    int GetContrast() const;
-    bool SetContrast(int nValue);
-    int GetChromaticity() const;
-    bool SetChromaticity(int nValue);
-    int GetHue() const;
-    bool SetHue(int nValue);
+    int GetBrightness() const override;
+    bool SetBrightness(int nValue) override;
+    int GetContrast() const override;
+    bool SetContrast(int nValue) override;
+    int GetChromaticity() const override;
+    bool SetChromaticity(int nValue) override;
+    int GetHue() const override;
+    bool SetHue(int nValue) override;
     // Always 1.
     int GetWatermark() const;
 
@@ -328,6 +335,9 @@ class CTalvioDlg : public QDialog, public CWindowCommands, public CPlaylistOwner
     void SetCurrentRow(int nRow);
     QList<int> RowsOf(const QList<QListWidgetItem*>& lstItems) const;
     bool SetPlaylistButton(bool bShown);
+
+    // dialogs
+    bool ShowSettingPage(int nPage);
 
     // settings: the ten that are kept, in the order of the file
     QStringList ConfigValues() const;

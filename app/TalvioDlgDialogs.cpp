@@ -1,10 +1,26 @@
 // The dialogs that the main window opens, and the facts that they show.
+//
+// All but the hot key page stay, hidden, as children of the window after they are closed: each opening makes
+// a new one.
 #include "app/TalvioDlg.h"
+#include "dialogs/FileInfoDlg.h"
+#include "dialogs/HelpDlg.h"
 #include "engine/Operate.h"
+#include "settings/PlayerSettingDlg.h"
 
 #include <QFileInfo>
 
 #include <cstdint>
+
+namespace {
+
+// Pages of the settings dialog.
+constexpr int kHotKeyPage = 2;
+constexpr int kLocatePage = 3;
+constexpr int kImagePage = 5;
+constexpr int kColorPage = 6;
+
+} // namespace
 
 bool CTalvioDlg::GetFilePath(QString* pPath) {
     if (pPath == nullptr || m_strFilePath.isEmpty()) return false;
@@ -49,29 +65,45 @@ bool CTalvioDlg::GetFileSize(QString* pSize) {
 }
 
 bool CTalvioDlg::DisPlaySettingDlg() {
-    return false;
+    auto* pDlg = new CPlayerSetting(this);
+    pDlg->exec();
+    return true;
 }
 
 bool CTalvioDlg::ShowHotKeyDlg() {
-    return false;
+    CPlayerSetting dlg(this);
+    dlg.OnClickStaticText(kHotKeyPage);
+    dlg.exec();
+    return true;
 }
 
 bool CTalvioDlg::ShowLocateDlg() {
-    return false;
+    return ShowSettingPage(kLocatePage);
 }
 
 bool CTalvioDlg::ShowImageDlg() {
-    return false;
+    return ShowSettingPage(kImagePage);
 }
 
 bool CTalvioDlg::ShowColorDlg() {
-    return false;
+    return ShowSettingPage(kColorPage);
+}
+
+bool CTalvioDlg::ShowSettingPage(int nPage) {
+    auto* pDlg = new CPlayerSetting(this);
+    pDlg->OnClickStaticText(nPage);
+    pDlg->exec();
+    return true;
 }
 
 bool CTalvioDlg::DisplayFileInfo() {
-    return false;
+    auto* pDlg = new CFileInfoDlg(this);
+    pDlg->exec();
+    return true;
 }
 
 bool CTalvioDlg::ShowAboutDlg() {
-    return false;
+    auto* pDlg = new CHelpDlg(this);
+    pDlg->setVisible(true);
+    return true;
 }
