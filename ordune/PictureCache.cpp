@@ -66,6 +66,15 @@ bool PictureCache::Add(PicturePtr picture, std::vector<PicturePtr>& dropped) {
     return m_pictures.contains(number);
 }
 
+void PictureCache::DropBehind(std::vector<PicturePtr>& dropped) {
+    while (!m_pictures.empty() && m_pictures.begin()->first < m_first) {
+        const auto oldest = m_pictures.begin();
+        CountOut(*oldest->second);
+        dropped.push_back(std::move(oldest->second));
+        m_pictures.erase(oldest);
+    }
+}
+
 PicturePtr PictureCache::Find(FrameNumber frame) const {
     const auto found = m_pictures.find(frame);
     return found == m_pictures.end() ? nullptr : found->second;

@@ -29,6 +29,9 @@ class PictureCache {
     // already.
     bool Add(PicturePtr picture, std::vector<PicturePtr>& dropped);
 
+    // Lets go of all pictures before the window.
+    void DropBehind(std::vector<PicturePtr>& dropped);
+
     bool Has(FrameNumber frame) const { return m_pictures.contains(frame); }
     PicturePtr Find(FrameNumber frame) const;
     // The picture with the greatest, or the least, number in [first, last]; null where there is none.

@@ -17,6 +17,10 @@ constexpr auto kIndexPause = 20ms;
 // The farthest that pictures are made ready behind a position: ten seconds of film. More would cost time for
 // what will hardly be looked at.
 constexpr FrameNumber kMostBehind = 250;
+// How much a play keeps of what it has shown: enough for the first steps back after it is paused. Filling the
+// whole budget with pictures that nobody looks at again would cost memory that the kernel has to clear, and
+// the processor's caches.
+constexpr FrameNumber kKeptByPlay = 32;
 // The most that is made ahead of each step of a play that shows only some of the pictures.
 constexpr FrameNumber kMostStride = 64;
 // Unused buffers kept for the next pictures: with them the memory stays within a twentieth over the budget.
@@ -118,7 +122,7 @@ ThreadedFrameReader::Room ThreadedFrameReader::RoomFor(const Want& want, FrameNu
         room.ahead = std::min(ahead, fits / 3);
     }
     const FrameNumber taken = room.ahead + room.slack + 2;
-    room.behind = fits > taken ? std::min(fits - taken, kMostBehind) : 0;
+    room.behind = fits > taken ? std::min(fits - taken, want.exact ? kMostBehind : kKeptByPlay) : 0;
     return room;
 }
 
@@ -211,6 +215,7 @@ void ThreadedFrameReader::Publish(UnitNumber run_start) {
             m_tried.Succeed(picture->Number());
             m_cache.Add(picture, dropped);
         }
+        if (!m_current.exact) m_cache.DropBehind(dropped);
         for (const FrameNumber frame : m_outcome.lost) {
             if (!m_cache.Has(frame))
                 m_tried.Fail(frame, ReadPlanner::ReachOf(m_file->Index(), run_start, frame));

@@ -181,6 +181,20 @@ TEST(FrameReader, StopsAheadOfAPlayAndGoesOnWithIt) {
     EXPECT_LE(CountUnits(media->TheGate().UnitsRead(), 80, 199), 0U);
 }
 
+TEST(FrameReader, KeepsOnlyTheLastOfWhatWasPlayed) {
+    const auto media = ScriptedMedia::Encode({.frames = 200, .group = 50});
+    ReaderUnderTest reader(media);
+    for (FrameNumber frame = 0; frame < 150; ++frame) {
+        reader.Play(frame);
+        ASSERT_TRUE(reader.AwaitReady(frame));
+    }
+    ASSERT_TRUE(reader.AwaitReady(157));
+    EXPECT_FALSE(reader->FindNewest(0, 100));
+    // The first second of steps back is there.
+    for (FrameNumber frame = 125; frame < 150; ++frame)
+        EXPECT_TRUE(reader->Find(frame)) << "frame " << frame;
+}
+
 TEST(FrameReader, TakesUpAtAKeyPictureWhenAPlayIsFarAhead) {
     const auto media = ScriptedMedia::Encode({.frames = 200, .group = 20});
     media->TheGate().Allow(3);
@@ -196,11 +210,10 @@ TEST(FrameReader, TakesUpAtAKeyPictureWhenAPlayIsFarAhead) {
 
 TEST(FrameReader, LeavesOutWhatNothingRefersToWhilePlayingFast) {
     const auto media = ScriptedMedia::Encode({.frames = 100, .group = 50, .b_pictures = 3, .pyramid = true});
-    ReaderUnderTest reader(media, RoomFor(200));
-    for (FrameNumber frame = 0; frame < 90; frame += 4) {
-        reader.Play(frame, Effort::Referenced);
-        ASSERT_TRUE(reader.Await([&] { return reader->FindOldest(frame, frame + 4) != nullptr; }));
-    }
+    FrameReaderOptions options = RoomFor(400);
+    options.ahead = 95;
+    ReaderUnderTest reader(media, options);
+    reader.Play(0, Effort::Referenced);
     ASSERT_TRUE(reader.Await([&] { return reader->FindNewest(90, 99) != nullptr; }));
     for (FrameNumber frame = 0; frame < 90; ++frame) {
         const bool referenced = media->Referenced(media->UnitOf(frame));
