@@ -25,14 +25,15 @@ constexpr std::size_t kMostLeading = 64;
 
 // What the first bytes of a unit tell.
 struct UnitFacts {
-    bool whole = true;                // its NAL units fill it
-    bool picture = false;             // it has a slice
-    bool key = false;                 // decoding can begin here
-    bool closed = false;              // and nothing shown after it needs what is before
-    bool skipped = false;             // a leading picture of HEVC that needs what is before its key
-    bool referenced = true;           // others refer to it
-    std::optional<SliceHeader> slice; // of its first slice (H.264)
-    bool second_field = false;        // it has both fields of a frame
+    bool whole = true;      // its NAL units fill it
+    bool picture = false;   // it has a slice
+    bool key = false;       // decoding can begin here
+    bool closed = false;    // and nothing shown after it needs what is before
+    bool skipped = false;   // a leading picture of HEVC that needs what is before its key
+    bool referenced = true; // others refer to it
+    bool parsed = false;    // `slice` is the header of its first slice (H.264)
+    SliceHeader slice;
+    bool second_field = false; // it has both fields of a frame
 };
 
 class Inspector {
@@ -123,8 +124,8 @@ UnitFacts Inspector::Look(const ContainerUnit& unit, bool whole) {
 }
 
 bool Inspector::IsUsual(const UnitFacts& facts) const {
-    if (!facts.whole || !facts.slice) return false;
-    const PictureParameters* picture = m_sets.Picture(facts.slice->picture_set);
+    if (!facts.whole || !facts.parsed) return false;
+    const PictureParameters* picture = m_sets.Picture(facts.slice.picture_set);
     const SequenceParameters* sequence = picture ? m_sets.Sequence(picture->sequence_id) : nullptr;
     return sequence && sequence->IsUsual();
 }
@@ -161,9 +162,10 @@ void Inspector::LookAt264(std::span<const std::uint8_t> nal, UnitFacts& facts) {
         facts.referenced = (nal[0] & 0x60U) != 0;
         facts.closed = type == 5;
         facts.key = type == 5 || (m_recovery && slice && slice->kind == SliceHeader::Kind::I);
-        facts.slice = slice;
-    } else if (slice && facts.slice && slice->field && facts.slice->field &&
-               slice->bottom != facts.slice->bottom) {
+        facts.parsed = slice.has_value();
+        if (slice) facts.slice = *slice;
+    } else if (slice && facts.parsed && slice->field && facts.slice.field &&
+               slice->bottom != facts.slice.bottom) {
         facts.second_field = true;
     }
 }
@@ -182,10 +184,10 @@ void Inspector::LookAtHevc(std::span<const std::uint8_t> nal, UnitFacts& facts) 
 }
 
 bool IsSecondField(const UnitFacts& first, const UnitFacts& second) {
-    if (!first.slice || !second.slice || first.second_field || second.second_field) return false;
-    return first.slice->field && second.slice->field && first.slice->bottom != second.slice->bottom &&
-           !second.slice->idr && first.slice->frame_number == second.slice->frame_number &&
-           (first.slice->reference_idc == 0) == (second.slice->reference_idc == 0);
+    if (!first.parsed || !second.parsed || first.second_field || second.second_field) return false;
+    return first.slice.field && second.slice.field && first.slice.bottom != second.slice.bottom &&
+           !second.slice.idr && first.slice.frame_number == second.slice.frame_number &&
+           (first.slice.reference_idc == 0) == (second.slice.reference_idc == 0);
 }
 
 // Rules 1 to 3 on the first so many units.
