@@ -296,6 +296,7 @@ class CTalvioDlg : public QDialog,
     void UpdateEdges(const QPoint& pos);
     void UpdateEdgeCursor();
     void ResizeByEdge(const QPoint& pos);
+    void SetWindowFlags(Qt::WindowFlags flags);
 
     // actions
     QMenu* AddPlayControlMenu(QMenu* pMenu);

@@ -1,4 +1,5 @@
 // The main window's widget tree, skin, painting, sizes, edge resizing and top modes.
+#include "app/NativeWindow.h"
 #include "app/SkinImages.h"
 #include "app/TalvioDlg.h"
 #include "engine/Operate.h"
@@ -22,6 +23,7 @@
 #include <QPainter>
 #include <QScreen>
 #include <QSplitter>
+#include <QWindow>
 
 #include <algorithm>
 #include <cstdlib>
@@ -302,6 +304,19 @@ void CTalvioDlg::mouseReleaseEvent(QMouseEvent* pEvent) {
     QDialog::mouseReleaseEvent(pEvent);
 }
 
+// The toolkit's own way hides the window, which destroys its native window and the video surface in it, while
+// the library goes on drawing into the former one. A visible window is changed where it is.
+void CTalvioDlg::SetWindowFlags(Qt::WindowFlags flags) {
+    if (windowFlags() == flags) return;
+    if (windowHandle() == nullptr || !isVisible()) {
+        setWindowFlags(flags);
+        return;
+    }
+    overrideWindowFlags(flags);
+    windowHandle()->setFlags(flags);
+    KeepAbove(windowHandle(), flags.testFlag(Qt::WindowStaysOnTopHint));
+}
+
 void CTalvioDlg::TopDisplay(int nMode) {
     bool bTop = nMode == 2;
     if (nMode == 1) {
@@ -312,8 +327,7 @@ void CTalvioDlg::TopDisplay(int nMode) {
     if (nMode >= 0 && nMode <= 2) {
         const Qt::WindowFlags flags = bTop ? Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint
                                            : Qt::WindowFlags(Qt::FramelessWindowHint);
-        // Setting flags hides the window, so those that it has are not set again.
-        if (windowFlags() != (flags | Qt::Window)) setWindowFlags(flags);
+        SetWindowFlags(flags | Qt::Window);
     }
     show();
 }

@@ -1,4 +1,5 @@
 // The play commands, and the controls brought into line with the play state.
+#include "app/NativeWindow.h"
 #include "app/SkinImages.h"
 #include "app/TalvioDlg.h"
 #include "engine/Operate.h"
@@ -12,16 +13,12 @@
 #include "widgets/VideoWidget.h"
 
 #include <QAction>
-#include <QGuiApplication>
 #include <QMenu>
 #include <QMessageBox>
 #include <QTimer>
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
-#include <memory>
-#include <xcb/xcb.h>
 
 namespace {
 
@@ -31,16 +28,6 @@ constexpr int kVolumeStep = 6553;
 constexpr int kMaxSpeed = 4;
 constexpr int kNeutralColour = 64;
 constexpr int kFastThrowB = 2; // B pictures left out while faster than normal
-
-// Waits until the X server has made every window that Qt asked for, so that another connection can draw into
-// them.
-void SyncWindowSystem() {
-    const auto* pX11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (pX11 == nullptr || pX11->connection() == nullptr) return;
-    xcb_connection_t* pConnection = pX11->connection();
-    const std::unique_ptr<xcb_get_input_focus_reply_t, decltype(&std::free)> pReply(
-        xcb_get_input_focus_reply(pConnection, xcb_get_input_focus(pConnection), nullptr), &std::free);
-}
 
 } // namespace
 

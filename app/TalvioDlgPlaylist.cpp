@@ -68,7 +68,8 @@ bool CTalvioDlg::AddFile2List(QString strPath, bool bMarkBad) {
     return true;
 }
 
-// The highlight goes with the current row; a list widget left to itself would keep the former ones highlighted too.
+// The highlight goes with the current row; a list widget left to itself would keep the former ones
+// highlighted too.
 void CTalvioDlg::SetCurrentRow(int nRow) {
     m_pListBox->setCurrentRow(nRow, QItemSelectionModel::ClearAndSelect);
 }

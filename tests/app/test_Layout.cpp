@@ -19,6 +19,7 @@
 #include <QScreen>
 #include <QSplitter>
 #include <QTest>
+#include <QWindow>
 
 #include <algorithm>
 
@@ -79,6 +80,7 @@ class CLayoutTest : public QObject {
     void TheTopModesSetTheWindowFlags();
     void OnlyPlayingIsOnTopWhilePlaying();
     void TheActionsChooseTheTopMode();
+    void ATopModeKeepsTheVideosNativeWindow();
     void TheToggleSkipsOnlyPlaying();
     void TopModesAreRefusedInFullScreen();
 
@@ -478,6 +480,20 @@ void CLayoutTest::TheActionsChooseTheTopMode() {
     QVERIFY(dlg.windowFlags().testFlag(Qt::WindowStaysOnTopHint));
     m_pTest->Action(QStringLiteral("Never"))->trigger();
     QVERIFY(!dlg.windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+}
+
+void CLayoutTest::ATopModeKeepsTheVideosNativeWindow() {
+    CTalvioDlg& dlg = m_pTest->Dlg();
+    dlg.show();
+    m_pTest->Play();
+    const WId nVideo = m_pTest->Find<CViewWidget>()->winId();
+    const QRect rc = dlg.geometry();
+    m_pTest->Action(QStringLiteral("Always"))->trigger();
+    QVERIFY(dlg.windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+    QVERIFY(dlg.windowHandle()->flags().testFlag(Qt::WindowStaysOnTopHint));
+    QVERIFY(dlg.isVisible());
+    QCOMPARE(m_pTest->Find<CViewWidget>()->winId(), nVideo);
+    QCOMPARE(dlg.geometry(), rc);
 }
 
 void CLayoutTest::TheToggleSkipsOnlyPlaying() {
