@@ -23,8 +23,8 @@ class ColourAdjust {
     static constexpr int kNeutral = 64;
     static constexpr int kLargest = 128;
 
-    // Values outside 0 to 128 count as the nearer end. `brightness_offset` is added to every channel, in steps of
-    // 1/255: finer than the brightness axis, for evening out what the film itself does.
+    // Values outside 0 to 128 count as the nearer end. `brightness_offset` is added to every channel, in
+    // steps of 1/255: finer than the brightness axis, for evening out what the film itself does.
     void Set(const Colour& colour, int brightness_offset = 0);
 
     // True where Apply changes nothing, and then it does not touch the pixels.

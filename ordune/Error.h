@@ -17,8 +17,8 @@ enum class ErrorKind {
     Damaged,      // recognised, but broken where it matters
     OutOfRange,   // a frame or a time outside the file; a buffer too small
     OutOfMemory,
-    Io,           // reading failed in the middle
-    Cancelled,    // given up because the caller asked to
+    Io,        // reading failed in the middle
+    Cancelled, // given up because the caller asked to
 };
 
 // A failure: its category for code, its text for people, and the file that it is about.

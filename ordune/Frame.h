@@ -11,8 +11,8 @@ namespace ordune {
 using FrameNumber = std::uint32_t;
 inline constexpr FrameNumber kNoFrame = std::numeric_limits<FrameNumber>::max();
 
-// Number of a coded unit (the bytes of one picture, both fields included) in the order of the file, which is the
-// order of decoding, counted from 0.
+// Number of a coded unit (the bytes of one picture, both fields included) in the order of the file, which is
+// the order of decoding, counted from 0.
 using UnitNumber = std::uint32_t;
 inline constexpr UnitNumber kNoUnit = std::numeric_limits<UnitNumber>::max();
 

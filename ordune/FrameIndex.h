@@ -1,8 +1,8 @@
 // Every picture of a file: how many there are, when each is shown, and which coded units make it.
 //
-// Owned by a MediaFile and shared with whoever reads the file. All queries may be made from any thread and none
-// reads the file: what they need is in memory when the file is open. The index of a large raw stream grows in the
-// background; it is never wrong, only short: what it says of a frame below Known() is final.
+// Owned by a MediaFile and shared with whoever reads the file. All queries may be made from any thread and
+// none reads the file: what they need is in memory when the file is open. The index of a large raw stream
+// grows in the background; it is never wrong, only short: what it says of a frame below Known() is final.
 #pragma once
 
 #include "ordune/Frame.h"
@@ -12,15 +12,15 @@
 
 namespace ordune {
 
-// A run of pictures that can be decoded from a key picture on. Its pictures have consecutive frame numbers, and its
-// units follow each other in the file.
+// A run of pictures that can be decoded from a key picture on. Its pictures have consecutive frame numbers,
+// and its units follow each other in the file.
 struct Group {
     FrameNumber first_frame = 0;
     FrameNumber frame_count = 0;
     UnitNumber first_unit = 0; // the key picture's unit
     UnitNumber unit_count = 0;
-    // Pictures at the front of the group (in presentation order) that refer to the group before, so that they can
-    // only be decoded by starting there. 0 where the group is closed.
+    // Pictures at the front of the group (in presentation order) that refer to the group before, so that they
+    // can only be decoded by starting there. 0 where the group is closed.
     FrameNumber leading_count = 0;
 };
 

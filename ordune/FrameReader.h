@@ -1,9 +1,10 @@
-// Pictures of a file by frame number: decodes what is wanted, and what will be wanted next, on a thread of its own.
+// Pictures of a file by frame number: decodes what is wanted, and what will be wanted next, on a thread of
+// its own.
 //
 // The owner says what it wants with SetWant (the newest word counts, a stale one costs at most the unit being
-// decoded) and takes pictures with Find. Decoded pictures are kept, references not copies, within a byte budget:
-// ahead of the wanted frame when going forward, behind it when going back, so that a step either way finds its
-// picture made. The decode thread starts with the object and is joined by its end.
+// decoded) and takes pictures with Find. Decoded pictures are kept, references not copies, within a byte
+// budget: ahead of the wanted frame when going forward, behind it when going back, so that a step either way
+// finds its picture made. The decode thread starts with the object and is joined by its end.
 #pragma once
 
 #include "ordune/Error.h"
@@ -19,8 +20,8 @@ namespace ordune {
 // Which neighbours will be wanted after the wanted frame.
 enum class Direction { Forward, Backward };
 
-// Which pictures are worth decoding while playing fast. A picture that others refer to is never left out singly:
-// what refers to it would come out wrong.
+// Which pictures are worth decoding while playing fast. A picture that others refer to is never left out
+// singly: what refers to it would come out wrong.
 enum class Effort {
     Every,      // all of them
     Referenced, // leave out those that no other refers to
@@ -30,12 +31,13 @@ enum class Effort {
 struct Want {
     FrameNumber frame = 0;
     Direction direction = Direction::Forward;
-    // For a position (a seek, a step, a pause) `exact` is true and the frame itself is made, with Effort::Every
-    // around it. While playing it is false: the effort holds, and a reader that has fallen behind the wanted frame
-    // takes up again at a key picture at or before it when that saves work.
+    // For a position (a seek, a step, a pause) `exact` is true and the frame itself is made, with
+    // Effort::Every around it. While playing it is false: the effort holds, and a reader that has fallen
+    // behind the wanted frame takes up again at a key picture at or before it when that saves work.
     bool exact = true;
     Effort effort = Effort::Every;
-    // Of each run of pictures that no other refers to, leave out this many at its front while playing (0, 1, 2).
+    // Of each run of pictures that no other refers to, leave out this many at its front while playing (0, 1,
+    // 2).
     int leave_out = 0;
 };
 
@@ -53,8 +55,8 @@ class FrameReader {
         Undecodable, // tried from as far back as can matter, and it does not come out
     };
 
-    // `progress` is called on the decode thread, with no lock held, whenever a picture was added, a frame was found
-    // undecodable or the end was reached; it must return soon.
+    // `progress` is called on the decode thread, with no lock held, whenever a picture was added, a frame was
+    // found undecodable or the end was reached; it must return soon.
     static Result<std::unique_ptr<FrameReader>> Make(std::shared_ptr<const MediaFile> file,
                                                      const FrameReaderOptions& options,
                                                      std::function<void()> progress);

@@ -22,13 +22,23 @@ PicturePtr Picture::FromFrame(const AVFrame* frame, FrameNumber number, MediaTim
     return picture;
 }
 
-Picture::~Picture() { av_frame_free(&m_frame); }
+Picture::~Picture() {
+    av_frame_free(&m_frame);
+}
 
-int Picture::CodedWidth() const { return m_frame->width; }
-int Picture::CodedHeight() const { return m_frame->height; }
+int Picture::CodedWidth() const {
+    return m_frame->width;
+}
+int Picture::CodedHeight() const {
+    return m_frame->height;
+}
 
-int Picture::Width() const { return m_rotation % 180 == 0 ? m_frame->width : m_frame->height; }
-int Picture::Height() const { return m_rotation % 180 == 0 ? m_frame->height : m_frame->width; }
+int Picture::Width() const {
+    return m_rotation % 180 == 0 ? m_frame->width : m_frame->height;
+}
+int Picture::Height() const {
+    return m_rotation % 180 == 0 ? m_frame->height : m_frame->width;
+}
 
 int Picture::SampleAspectNumerator() const {
     const AVRational aspect = m_frame->sample_aspect_ratio;

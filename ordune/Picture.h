@@ -16,8 +16,8 @@ using PicturePtr = std::shared_ptr<const Picture>;
 
 class Picture {
   public:
-    // Takes a new reference to the frame's buffers. `rotation` is in degrees clockwise, a multiple of 90, and not
-    // yet applied to the pixels. Returns null when out of memory.
+    // Takes a new reference to the frame's buffers. `rotation` is in degrees clockwise, a multiple of 90, and
+    // not yet applied to the pixels. Returns null when out of memory.
     static PicturePtr FromFrame(const AVFrame* frame, FrameNumber number, MediaTime time, int rotation);
 
     Picture(const Picture&) = delete;

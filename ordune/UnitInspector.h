@@ -22,8 +22,9 @@ namespace ordune {
 //    fields are looked through for that.
 // 4. Pictures before the first key, and those shown before it that need what came before, are not shown.
 //
-// True when the first key picture was found to be one that libavcodec decodes, or conceals, whatever its slice data
-// are: an IDR picture in one of the usual profiles, its header whole. Then it need not be decoded to make sure.
+// True when the first key picture was found to be one that libavcodec decodes, or conceals, whatever its
+// slice data are: an IDR picture in one of the usual profiles, its header whole. Then it need not be decoded
+// to make sure.
 bool InspectUnits(const FileSource& file, const AVCodecParameters& parameters, ContainerUnits& units);
 
 } // namespace ordune

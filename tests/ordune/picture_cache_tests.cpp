@@ -20,7 +20,9 @@ PicturePtr MakePicture(FrameNumber number, const AVFrame* shared = nullptr) {
     return Picture::FromFrame(frame.get(), number, MediaTime{0}, 0);
 }
 
-std::size_t OnePicture() { return MakePicture(0)->Bytes(); }
+std::size_t OnePicture() {
+    return MakePicture(0)->Bytes();
+}
 
 TEST(PictureCache, LetsGoOfWhatIsOutsideTheWindowFirst) {
     PictureCache cache(5 * OnePicture());

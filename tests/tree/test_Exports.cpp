@@ -30,6 +30,9 @@ std::set<std::string> ExportedNames() {
     std::istringstream lines(result.output);
     for (std::string line; std::getline(lines, line);)
         names.insert(line.substr(0, line.find(' ')));
+    // The linker's own marks of where sections end.
+    for (const char* mark : {"__bss_start", "_edata", "_end"})
+        names.erase(mark);
     return names;
 }
 
