@@ -75,6 +75,12 @@ bool Player::OnPlayThread() const {
     return t_player == this;
 }
 
+// Inside a callback nobody waits for a play thread: the port's own would wait for itself, and two ports'
+// callbacks could wait for each other.
+bool Player::MustNotWait() const {
+    return OnPlayThread() || PortCallbacks::InsideCallback();
+}
+
 void Player::Progressed() {
     if (m_hungry.exchange(false)) m_wake.Wake();
 }
@@ -88,7 +94,7 @@ void Player::Post(std::function<bool()> work) {
 }
 
 bool Player::Ask(std::function<bool()> work) {
-    if (OnPlayThread()) {
+    if (MustNotWait()) {
         Post(std::move(work));
         return true;
     }
@@ -103,12 +109,16 @@ bool Player::Ask(std::function<bool()> work) {
 // ---- Playing
 
 bool Player::Play(std::uint32_t window) {
+    std::unique_lock calls(m_calls, std::defer_lock);
+    if (!MustNotWait()) calls.lock();
     if (!Ask([this, window] { return m_display.SetWindow(window); })) return false;
     const std::lock_guard lock(m_mutex);
     if (m_closing) return false;
     if (m_state != State::Stopped) return true;
     m_state = State::Playing;
+    m_stopped = false;
     SeekLocked(0, Direction::Forward, false);
+    m_beginning = true;
     return true;
 }
 
@@ -130,6 +140,8 @@ bool Player::Pause(bool pause) {
 }
 
 bool Player::Stop() {
+    // Play has two steps; a stop between them would leave a port that plays and draws nowhere.
+    const std::lock_guard calls(m_calls);
     {
         const std::lock_guard lock(m_mutex);
         if (m_state == State::Stopped) return false;
@@ -140,6 +152,8 @@ bool Player::Stop() {
         m_speed.Reset();
         m_clock = PlayClock();
         m_ended = false;
+        m_stopped = true;
+        m_beginning = false;
         ++m_epoch;
         m_changed.notify_all();
     }
@@ -169,14 +183,14 @@ bool Player::ChangeSpeed(bool up) {
 bool Player::Step(Direction direction) {
     std::unique_lock lock(m_mutex);
     if (m_closing || m_state == State::Stopped) return false;
-    const FrameNumber from = CurrentFrameLocked();
+    const FrameNumber from = m_pending.value_or(m_current);
     if (from == kNoFrame) return false;
     const bool forward = direction == Direction::Forward;
     if (forward ? from + 1 >= m_file->Index().Total() : from == 0) return false;
     m_state = State::Paused;
     m_clock.Pause(WallNow());
     SeekLocked(forward ? from + 1 : from - 1, direction, true);
-    if (OnPlayThread()) return true;
+    if (MustNotWait()) return true;
     return WaitForEpochLocked(lock, m_epoch);
 }
 
@@ -210,6 +224,7 @@ void Player::SeekLocked(FrameNumber frame, Direction direction, bool stepping) {
     m_ended = false;
     m_turned = false;
     m_ending = false;
+    m_beginning = false;
     m_clock.StandAt(m_file->Index().TimeOf(frame));
     ++m_epoch;
     m_wake.Wake();
@@ -240,10 +255,15 @@ std::optional<FrameNumber> Player::FrameAt(std::chrono::milliseconds time) const
     const ordune::FrameIndex& index = m_file->Index();
     // Milliseconds cannot name the end of a film exactly: the one that the end falls into still counts.
     if (time > std::chrono::ceil<std::chrono::milliseconds>(index.Duration())) return std::nullopt;
-    return index.FrameAt(time);
+    // A millisecond means all of itself: so the milliseconds told for a frame, which are rounded down, lead
+    // back to it.
+    return index.FrameAt(time + std::chrono::microseconds(999));
 }
 
 FrameNumber Player::CurrentFrameLocked() const {
+    // Frame 0 is where playing begins by itself, and nobody has asked for it: until its picture is there,
+    // there is none.
+    if (m_beginning) return m_current;
     return m_pending.value_or(m_current);
 }
 
@@ -360,13 +380,12 @@ void Player::SetLeaveOut(int count) {
 
 std::size_t Player::Still(StillKind kind, std::span<std::uint8_t> out) {
     ordune::PicturePtr picture;
-    if (OnPlayThread()) {
-        // Inside the display callback it is the picture being displayed, whatever has been asked for since.
-        picture = m_presenting;
-    } else {
+    // Inside the display callback it is the picture being displayed, whatever has been asked for since.
+    if (OnPlayThread()) picture = m_presenting;
+    if (!picture) {
         std::unique_lock lock(m_mutex);
         const auto settled = [&] { return m_closing || m_state == State::Stopped || !m_pending; };
-        if (!m_changed.wait_for(lock, kLongestWait, settled)) return 0;
+        if (!MustNotWait() && !m_changed.wait_for(lock, kLongestWait, settled)) return 0;
         picture = m_picture;
     }
     if (!picture) return 0;

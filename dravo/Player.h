@@ -127,6 +127,7 @@ class Player {
     void Post(std::function<bool()> work);
     bool Ask(std::function<bool()> work);
     bool OnPlayThread() const;
+    bool MustNotWait() const;
     void SeekLocked(ordune::FrameNumber frame, ordune::Direction direction, bool stepping);
     bool WaitForEpochLocked(std::unique_lock<std::mutex>& lock, std::uint64_t epoch);
     ordune::FrameNumber CurrentFrameLocked() const;
@@ -134,6 +135,7 @@ class Player {
 
     // Play thread: PlayerLoop.cpp.
     void Loop();
+    Next Turn();
     bool RunCommand();
     void ApplyQuality();
     void TellIndexDone();
@@ -164,6 +166,10 @@ class Player {
     std::atomic<int> m_leave_out{0};
     WakeUp m_wake;
 
+    // Held by Play and Stop from beginning to end, so that neither comes between the two steps of the other.
+    // Taken before m_mutex, and never from inside a callback.
+    std::mutex m_calls;
+
     // Guarded by m_mutex.
     mutable std::mutex m_mutex;
     std::condition_variable m_changed; // a command was answered, a picture was shown, the player closes
@@ -175,14 +181,16 @@ class Player {
     std::uint64_t m_epoch = 0;
     std::optional<ordune::FrameNumber> m_pending;
     ordune::Direction m_direction = ordune::Direction::Forward;
-    bool m_stepping = false; // the pending position is a step, which goes on in its direction or nowhere
-    bool m_turned = false;   // the pending position was sought both ways
-    bool m_ending = false;   // it is the last picture, of a film that was played past it
+    bool m_stepping = false;  // the pending position is a step, which goes on in its direction or nowhere
+    bool m_turned = false;    // the pending position was sought both ways
+    bool m_beginning = false; // it is the first picture after Play
+    bool m_ending = false;    // it is the last picture, of a film that was played past it
     std::uint64_t m_shown_epoch = 0; // the newest epoch whose position was reached, or given up
     std::uint64_t m_given_up_epoch = ~std::uint64_t{0}; // the newest one given up
     ordune::FrameNumber m_current = ordune::kNoFrame;
     ordune::PicturePtr m_picture; // the current one
     bool m_ended = false;
+    bool m_stopped = false; // by Stop, after which no callback is made until the next Play
     bool m_sound_wanted = false;
     bool m_quality_changed = false;
     bool m_high_quality = true;

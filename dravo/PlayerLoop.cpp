@@ -9,6 +9,7 @@
 #include "ordune/Brightness.h"
 
 #include <algorithm>
+#include <exception>
 
 namespace dravo {
 
@@ -21,6 +22,12 @@ using ordune::PicturePtr;
 using std::chrono::nanoseconds;
 
 namespace {
+
+// How long playing rests after a failure of memory, how often it looks whether a growing index has moved on,
+// and the least it sleeps while it waits for a picture (whose arrival wakes it).
+constexpr std::chrono::milliseconds kAfterFailure = 100ms;
+constexpr std::chrono::milliseconds kIndexPatience = 20ms;
+constexpr std::chrono::milliseconds kShortestSleep = 2ms;
 
 // Grid of the coarse timer: several wake-ups fall together on it.
 using CoarseTick = std::chrono::duration<std::int64_t, std::ratio<1, 100>>;
@@ -40,14 +47,25 @@ void Player::Loop() {
             const std::lock_guard lock(m_mutex);
             if (m_closing) break;
         }
-        m_display.HandleEvents();
-        ApplyQuality();
-        TellIndexDone();
-        const Next next = Advance();
-        FollowWithSound();
+        Next next;
+        try {
+            next = Turn();
+        } catch (const std::exception&) {
+            // Memory or a thread that is not to be had just now: the picture stands, and playing tries again.
+            next.until = WallNow() + kAfterFailure;
+        }
         if (!next.again) Sleep(next);
     }
     Leave();
+}
+
+Player::Next Player::Turn() {
+    m_display.HandleEvents();
+    ApplyQuality();
+    TellIndexDone();
+    const Next next = Advance();
+    FollowWithSound();
+    return next;
 }
 
 bool Player::RunCommand() {
@@ -56,7 +74,12 @@ bool Player::RunCommand() {
     const Command command = std::move(m_commands.front());
     m_commands.pop_front();
     lock.unlock();
-    const bool done = command.work();
+    bool done = false;
+    try {
+        done = command.work();
+    } catch (const std::exception&) {
+        done = false; // whoever asked gets an answer all the same
+    }
     if (!command.answer) return true;
     lock.lock();
     *command.answer = done;
@@ -77,6 +100,10 @@ void Player::ApplyQuality() {
 
 void Player::TellIndexDone() {
     if (m_index_told || !m_index_done || !m_parts.callbacks->WantsFileRef()) return;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_stopped) return;
+    }
     m_index_told = true;
     m_parts.callbacks->CallFileRef();
 }
@@ -144,6 +171,7 @@ void Player::Redirect(FrameNumber frame, Direction direction, std::uint64_t epoc
         return;
     }
     m_pending.reset();
+    if (m_picture) m_clock.StandAt(m_picture->Time());
     m_shown_epoch = epoch;
     m_given_up_epoch = epoch;
     if (m_state == State::Playing) m_ended = true;
@@ -174,14 +202,16 @@ Player::Next Player::PlayOn(std::uint64_t epoch) {
 
     const WallTime now = WallNow();
     const MediaTime media = clock.Now(now);
-    if (index.Complete() && media >= index.Duration()) return AtEnd(epoch);
+    if ((index.Complete() && media >= index.Duration()) || current == kNoFrame) return AtEnd(epoch);
 
     const FrameNumber next = current + 1;
     const WallTime next_due = clock.When(index.TimeOf(next));
     const WallTime not_before = DuePicture::NotBefore(m_last_shown, next_due, interval);
     const FrameNumber due = index.FrameAt(media);
     if (due <= current || now < not_before) {
-        if (next >= index.Total()) return {.until = clock.When(index.Duration())};
+        // An index that is still growing says by itself neither when the film ends nor that it goes on.
+        if (next >= index.Total())
+            return {.until = index.Complete() ? clock.When(index.Duration()) : now + kIndexPatience};
         WantAhead(std::max(next, due));
         return {.until = not_before};
     }
@@ -194,7 +224,7 @@ Player::Next Player::PlayOn(std::uint64_t epoch) {
         // Key pictures are far apart, and pictures that are left out never come: neither means being late.
         if (m_governor.Current() != ordune::Effort::KeysOnly)
             m_governor.Shown(now - next_due - m_leave_out.load() * interval, now);
-        return {.until = clock.When(index.TimeOf(due + 1))};
+        return {.until = std::max(clock.When(index.TimeOf(due + 1)), now + kShortestSleep)};
     }
     m_hungry = false;
     m_governor.Shown(now - clock.When(picture->Time()), now);
@@ -212,6 +242,9 @@ void Player::WantAhead(FrameNumber frame) {
 
 Player::Next Player::AtEnd(std::uint64_t epoch) {
     const FrameNumber last = m_file->Index().Total() - 1;
+    // While playing, a picture that did not come out on the way counts as lost; asked for exactly, it is
+    // tried from further back.
+    m_reader->SetWant({.frame = last, .direction = Direction::Forward, .exact = true});
     const bool decodable = m_reader->StateOf(last) != ordune::FrameReader::State::Undecodable;
     {
         const std::lock_guard lock(m_mutex);
@@ -246,6 +279,7 @@ bool Player::Commit(const PicturePtr& picture, std::uint64_t epoch, bool arrived
         }
         m_ending = false;
         m_turned = false;
+        m_beginning = false;
     }
     m_current = picture->Number();
     m_picture = picture;
@@ -319,11 +353,15 @@ void Player::Sleep(const Next& next) {
 
 void Player::Leave() {
     m_display.Close();
-    const std::lock_guard lock(m_mutex);
-    m_commands.clear();
-    m_state = State::Stopped;
-    m_picture.reset();
-    m_changed.notify_all();
+    {
+        const std::lock_guard lock(m_mutex);
+        m_commands.clear();
+        m_state = State::Stopped;
+        m_picture.reset();
+        m_changed.notify_all();
+    }
+    // Somebody may still hold this player; nobody shall hear it.
+    FollowWithSound();
 }
 
 } // namespace dravo

@@ -2,7 +2,7 @@
 
 namespace dravo {
 
-Port::Port(int number) : m_callbacks(std::make_shared<PortCallbacks>(number)) {}
+Port::Port(int number) : m_number(number), m_callbacks(std::make_shared<PortCallbacks>(number)) {}
 
 Port::~Port() {
     Close();
@@ -11,7 +11,7 @@ Port::~Port() {
 bool Port::Open(const std::string& path) {
     const std::lock_guard opening(m_opening);
     if (OpenPlayer()) return false;
-    Player::Parts parts{.callbacks = m_callbacks,
+    Player::Parts parts{.callbacks = Callbacks(),
                         .make_output = [](std::uint32_t window) { return MakeXVideoOutput(window); },
                         .make_sound = [] { return SoundOutput::Make(); },
                         .reader = {}};
@@ -25,14 +25,21 @@ bool Port::Open(const std::string& path) {
 bool Port::Close() {
     std::shared_ptr<Player> player;
     {
+        auto fresh = std::make_shared<PortCallbacks>(m_number);
         const std::lock_guard lock(m_mutex);
+        if (!m_player) return false;
         player = std::move(m_player);
         m_player.reset();
+        m_callbacks->Clear();
+        m_callbacks = std::move(fresh);
     }
-    if (!player) return false;
     player->Close();
-    m_callbacks->Clear();
     return true;
+}
+
+std::shared_ptr<PortCallbacks> Port::Callbacks() const {
+    const std::lock_guard lock(m_mutex);
+    return m_callbacks;
 }
 
 std::shared_ptr<Player> Port::OpenPlayer() const {

@@ -23,13 +23,16 @@ class Port {
     // The open file's player; null when there is none. Whoever holds it may use it while the port is closed:
     // its calls then fail.
     std::shared_ptr<Player> OpenPlayer() const;
-    const std::shared_ptr<PortCallbacks>& Callbacks() const { return m_callbacks; }
+    std::shared_ptr<PortCallbacks> Callbacks() const;
 
   private:
-    const std::shared_ptr<PortCallbacks> m_callbacks;
+    const int m_number;
     std::mutex m_opening; // held while a file is being opened, so that of two calls one fails
+    // Guarded by m_mutex. Closing gives the port a fresh set of callbacks together with taking the player, so
+    // that those registered for the next file are never taken for the last one's.
     mutable std::mutex m_mutex;
-    std::shared_ptr<Player> m_player; // guarded by m_mutex
+    std::shared_ptr<Player> m_player;
+    std::shared_ptr<PortCallbacks> m_callbacks;
 };
 
 } // namespace dravo

@@ -4,17 +4,19 @@ namespace dravo {
 
 bool PortDisplay::SetWindow(std::uint32_t window) {
     Region& main = m_regions[0];
+    if (window != main.window || (window != 0 && !main.output)) {
+        std::unique_ptr<VideoOutput> output = window == 0 ? nullptr : m_factory(window);
+        if (window != 0 && !output) return false;
+        main.output = std::move(output);
+        main.window = window;
+        Draw(main);
+    }
     for (unsigned long number = 1; number < kRegions; ++number) {
         Region& region = m_regions[number];
-        if (region.enabled && !region.output) region.output = m_factory(region.window);
+        if (!region.enabled || region.output) continue;
+        region.output = m_factory(region.window);
+        Draw(region);
     }
-    if (window == main.window && (main.output || window == 0)) return true;
-    main.output.reset();
-    main.window = window;
-    if (window == 0) return true;
-    main.output = m_factory(window);
-    if (!main.output) return false;
-    Draw(main);
     return true;
 }
 
@@ -24,6 +26,7 @@ bool PortDisplay::SetRegion(unsigned long region, const ordune::PictureArea& are
     Region& entry = m_regions[region];
     if (region == 0) {
         entry.options.area = enable ? area : ordune::PictureArea{};
+        Draw(entry);
         return true;
     }
     if (!enable) {
@@ -33,17 +36,16 @@ bool PortDisplay::SetRegion(unsigned long region, const ordune::PictureArea& are
     }
     if (window == 0) return false;
     if (!entry.output || entry.window != window) {
-        entry.output.reset();
-        entry.output = m_factory(window);
-        if (!entry.output) {
-            entry = Region{};
-            return false;
-        }
+        std::unique_ptr<VideoOutput> output = m_factory(window);
+        if (!output) return false;
+        entry.output = std::move(output);
         entry.window = window;
     }
     entry.options.area = area;
     entry.options.quality = m_regions[0].options.quality;
+    entry.options.brightness_offset = m_regions[0].options.brightness_offset;
     entry.enabled = true;
+    Draw(entry);
     return true;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
 #include <span>
 
 namespace dravo {
@@ -61,15 +62,12 @@ void PortSound::Feed() {
         const Plan plan = m_plan;
         const bool fresh = std::exchange(m_plan_is_new, false);
         lock.unlock();
-        if (fresh) {
-            if (m_sounding) m_output->Stop();
+        try {
+            Serve(plan, fresh);
+        } catch (const std::exception&) {
+            // Memory or a thread for the device that is not to be had: silent until the next jump.
+            if (m_output) m_output->Stop();
             m_sounding = false;
-            if (plan.heard) Begin(plan);
-        }
-        if (m_output) m_output->SetVolume(m_volume);
-        if (m_sounding) {
-            Fill();
-            Measure(plan);
         }
         lock.lock();
         if (m_closing || m_plan_is_new) continue;
@@ -81,6 +79,19 @@ void PortSound::Feed() {
     }
     lock.unlock();
     if (m_sounding) m_output->Stop();
+}
+
+void PortSound::Serve(const Plan& plan, bool fresh) {
+    if (fresh) {
+        if (m_sounding) m_output->Stop();
+        m_sounding = false;
+        if (!std::exchange(m_restarted, false)) m_patience = kStrikes;
+        if (plan.heard) Begin(plan);
+    }
+    if (m_output) m_output->SetVolume(m_volume);
+    if (!m_sounding) return;
+    Fill();
+    Measure(plan);
 }
 
 // The device is opened when sound is first wanted, and a file whose sound cannot be read is simply silent.
@@ -171,8 +182,11 @@ void PortSound::Measure(const Plan& plan) {
     } else {
         m_position.reset();
     }
-    if (m_strikes < kStrikes) return;
+    if (m_strikes < m_patience) return;
+    // A device that cannot be brought into time is left alone longer after each try.
+    m_patience = std::min(2 * m_patience, kMostStrikes);
     m_strikes = 0;
+    m_restarted = true;
     m_plan_is_new = true;
 }
 

@@ -35,6 +35,8 @@ class PortSound {
     static constexpr std::chrono::milliseconds kTolerance{30};
     // Differences in a row beyond the tolerance before the sound begins anew.
     static constexpr int kStrikes = 4;
+    // ... doubled by each such beginning without a jump, up to this (ten seconds).
+    static constexpr int kMostStrikes = 256;
     // How often the feeder looks when nothing wakes it: a fifth of what the ring of the output holds at the
     // least.
     static constexpr std::chrono::milliseconds kFeedInterval{40};
@@ -61,6 +63,7 @@ class PortSound {
     };
 
     void Feed();
+    void Serve(const Plan& plan, bool fresh);
     void Begin(const Plan& plan);
     void Fill();
     void Measure(const Plan& plan);
@@ -90,6 +93,8 @@ class PortSound {
     bool m_sounding = false;
     bool m_at_end = false;
     int m_strikes = 0;
+    int m_patience = kStrikes; // strikes that are borne
+    bool m_restarted = false;  // the plan is new because of strikes
     double m_tempo = 1.0;
     ordune::MediaTime m_next_time{0}; // of the first sample in m_samples
     std::vector<float> m_samples;     // read and stretched, not yet written

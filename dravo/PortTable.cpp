@@ -46,12 +46,11 @@ std::shared_ptr<Port> PortTable::Find(int number) const {
 }
 
 void PortTable::SetSounding(const std::shared_ptr<Player>& player) {
-    std::shared_ptr<Player> before;
-    {
-        const std::lock_guard lock(m_mutex);
-        before = m_sounding.lock();
-        m_sounding = player;
-    }
+    std::shared_ptr<Player> before; // declared before the lock: letting go of a player may end it
+    const std::lock_guard lock(m_mutex);
+    before = m_sounding.lock();
+    m_sounding = player;
+    // Under the lock, so that of two calls at once the later one leaves one port sounding.
     if (before && before != player) before->SetSound(false);
     if (player) player->SetSound(true);
 }

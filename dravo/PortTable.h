@@ -37,7 +37,8 @@ class PortTable {
 
     static int SlotOf(int number) { return (number - 1) % kSlots; }
 
-    mutable std::mutex m_mutex; // guards what follows; never held while a port opens, closes or plays
+    // Guards what follows; never held while a port opens, closes or waits. Taken before a player's own lock.
+    mutable std::mutex m_mutex;
     std::array<Slot, kSlots> m_slots;
     std::weak_ptr<Player> m_sounding;
 };

@@ -30,16 +30,19 @@ SoundDevice& SoundDevice::Instance() {
 
 void SoundDevice::Attach(std::shared_ptr<SoundFeed> feed) {
     const std::lock_guard lock(m_mutex);
+    StartLocked(); // first: where no thread can be had, no feed stays behind
     m_feeds.push_back(std::move(feed));
-    StartLocked();
     m_woken = true;
     m_wake.notify_one();
 }
 
 void SoundDevice::StartLocked() {
     // An Ended thread has let go of the mutex for good, so that joining it takes no time.
-    if (m_state == Thread::Ended) m_thread.join();
-    if (m_state == Thread::None || m_state == Thread::Ended) m_thread = std::thread([this] { Run(); });
+    if (m_state == Thread::Ended) {
+        m_thread.join();
+        m_state = Thread::None;
+    }
+    if (m_state == Thread::None) m_thread = std::thread([this] { Run(); });
     m_state = Thread::Running;
 }
 

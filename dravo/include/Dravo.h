@@ -144,7 +144,8 @@ DRAVO_API float Dravo_GetPlayPos(int port);
 DRAVO_API unsigned long Dravo_GetPlayedTime(int port);
 DRAVO_API unsigned long Dravo_GetFileTime(int port);
 
-/* Number of the current frame; all ones before the first picture and where nothing is open. */
+/* Number of the current frame, or of the one that was jumped to; all ones before the first picture and where
+ * nothing is open. */
 DRAVO_API unsigned long Dravo_GetCurrentFrameNum(int port);
 
 /* Count of frames; an estimate while the index of a large raw stream is being made. */
