@@ -19,6 +19,8 @@ namespace {
 
 // A day at 60 pictures a second is five million; more is a file that lies.
 constexpr std::size_t kMostUnits = 64'000'000;
+// Times beyond this are damage; within it, differences and sums of two do not overflow.
+constexpr std::int64_t kFarthestTicks = std::int64_t{1} << 60;
 // How often an edit list may go back in the track before the tables are no longer followed.
 constexpr int kMostRestarts = 64;
 
@@ -33,12 +35,16 @@ bool Within(const FileSource& file, std::int64_t offset, std::int64_t size) {
     return offset >= 0 && size > 0 && size <= file.Size() && offset <= file.Size() - size;
 }
 
+bool Believable(std::int64_t ticks) {
+    return ticks >= -kFarthestTicks && ticks <= kFarthestTicks;
+}
+
 // What libavformat says of the first packet's time beyond what the tables say; it is read for this alone.
 std::int64_t ShiftOfFirst(const FormatInput& input, const AVStream* video, const ContainerUnit& first) {
     input.ReadOnly(video->index);
     const ffmpeg::PacketPtr packet = ffmpeg::MakePacket();
     if (!packet || av_read_frame(input.Context(), packet.get()) < 0) return 0;
-    if (packet->pos != first.offset_bytes || packet->pts == AV_NOPTS_VALUE) return 0;
+    if (packet->pos != first.offset_bytes || !Believable(packet->pts)) return 0;
     return packet->pts - first.time;
 }
 
@@ -67,6 +73,7 @@ std::optional<Gathered> GatherFromTables(const FormatInput& input, AVStream* vid
             sample = cursor.Next();
             if (!sample && restarts == kMostRestarts) return std::nullopt;
         }
+        if (!Believable(entry->timestamp)) continue;
         ContainerUnit unit;
         unit.offset_bytes = entry->pos;
         unit.size_bytes = sample->size_bytes;
@@ -120,12 +127,12 @@ Result<Gathered> GatherFromPackets(const FormatInput& input, const AVStream* vid
                 static_cast<std::uint32_t>(std::clamp<std::int64_t>(packet->duration, 0, UINT32_MAX));
             unit.key = (packet->flags & AV_PKT_FLAG_KEY) != 0;
             unit.shown = (packet->flags & AV_PKT_FLAG_DISCARD) == 0;
-            last_time = unit.time;
+            if (Believable(unit.time)) last_time = unit.time;
             if (av_packet_get_side_data(packet.get(), AV_PKT_DATA_NEW_EXTRADATA, nullptr))
                 ++parameter_changes;
             const bool cut = gathered.direct && ((packet->flags & AV_PKT_FLAG_CORRUPT) != 0 ||
                                                  !Within(input.File(), unit.offset_bytes, unit.size_bytes));
-            if (!cut) gathered.units.push_back(unit);
+            if (!cut && Believable(unit.time)) gathered.units.push_back(unit);
         }
         av_packet_unref(packet.get());
     }
@@ -224,8 +231,9 @@ Result<ContainerIndex> BuildTable(const FormatInput& input, const AVStream* vide
     const auto frames = static_cast<FrameNumber>(order.size());
     table.Finish(last.time - first + std::max<std::int64_t>(duration, 0));
     table.Publish(static_cast<UnitNumber>(gathered.units.size()), frames, groups, frames);
-    index.origin =
-        MediaTime(av_rescale_q(first + gathered.shift, video->time_base, AVRational{1, 1'000'000}));
+    index.origin = std::clamp(
+        MediaTime(av_rescale_q(first + gathered.shift, video->time_base, AVRational{1, 1'000'000})),
+        -kLongestTime, kLongestTime);
     return index;
 }
 

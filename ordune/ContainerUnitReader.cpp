@@ -3,6 +3,7 @@
 extern "C" {
 #include <libavcodec/packet.h>
 #include <libavformat/avformat.h>
+#include <libavutil/common.h>
 }
 
 #include <cerrno>
@@ -154,7 +155,7 @@ Result<void> FormatUnitReader::SeekTo(UnitNumber first_of_group) {
         const FrameNumber frame = m_table->FrameOf(first_of_group);
         std::int64_t time = av_rescale_q(m_table->TimeOf(frame == kNoFrame ? 0 : frame).count(),
                                          AVRational{1, 1'000'000}, stream->time_base);
-        if (stream->start_time != AV_NOPTS_VALUE) time += stream->start_time;
+        if (stream->start_time != AV_NOPTS_VALUE) time = av_sat_add64(time, stream->start_time);
         if (avformat_seek_file(context, m_stream_index, INT64_MIN, time, time, 0) >= 0) {
             while (ReadPacket()) {
                 if (Matches(first_of_group)) {

@@ -13,8 +13,10 @@ ContentCache::ContentCache(std::size_t capacity, std::size_t most_bytes)
     : m_capacity(capacity), m_most_bytes(most_bytes) {}
 
 ContentCache& ContentCache::Shared() {
-    static ContentCache cache(kCapacity, kMostBytes);
-    return cache;
+    // Never destroyed: a file that is still open at the process's end, held by another static or by a thread
+    // that has not ended yet, comes back here when it is closed.
+    static auto* const cache = new ContentCache(kCapacity, kMostBytes);
+    return *cache;
 }
 
 std::shared_ptr<FileContent> ContentCache::Find(const FileIdentity& identity) {

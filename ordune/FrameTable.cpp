@@ -16,9 +16,16 @@ constexpr std::uint64_t kReferenced = 1;
 constexpr std::uint64_t kClosed = 2;
 constexpr int kFlagBits = 2;
 
+// libavutil's rescaling answers with the lowest number where the result does not fit.
+MediaTime Bounded(std::int64_t rescaled, bool positive) {
+    if (positive && rescaled < 0) return kLongestTime;
+    return std::clamp(MediaTime(rescaled), MediaTime(0), kLongestTime);
+}
+
 MediaTime TimeOfTicks(std::int64_t ticks, const TimeScale& scale) {
-    return MediaTime(av_rescale_q(ticks, AVRational{scale.tick_numerator, scale.tick_denominator},
-                                  AVRational{1, 1'000'000}));
+    return Bounded(av_rescale_q(ticks, AVRational{scale.tick_numerator, scale.tick_denominator},
+                                AVRational{1, 1'000'000}),
+                   ticks > 0);
 }
 
 } // namespace
@@ -79,8 +86,9 @@ MediaTime FrameTable::TimeOf(FrameNumber frame) const {
     if (!m_sized) return TimeOfTicks(frame, m_scale);
     if (frame < known) return TimeOfTicks(m_ticks[frame], m_scale);
     const Rate rate = AverageRate();
-    return Duration() + MediaTime(av_rescale_rnd(std::int64_t{frame} - known, rate.denominator * 1'000'000,
-                                                 rate.numerator, AV_ROUND_NEAR_INF));
+    const std::int64_t beyond = av_rescale_rnd(std::int64_t{frame} - known, rate.denominator * 1'000'000,
+                                               rate.numerator, AV_ROUND_NEAR_INF);
+    return std::min(Duration() + Bounded(beyond, true), kLongestTime);
 }
 
 FrameNumber FrameTable::FrameAt(MediaTime time) const {

@@ -22,6 +22,10 @@ struct TimeScale {
     int tick_denominator = 25;
 };
 
+// The longest time that a frame can have, ten years: what a file claims beyond it is cut off, so that times
+// can be added up, and multiplied by the greatest speed in nanoseconds, without a thought of overflow.
+inline constexpr MediaTime kLongestTime{310'000'000'000'000};
+
 class FrameTable final : public FrameIndex {
   public:
     struct UnitFlags {

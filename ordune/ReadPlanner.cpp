@@ -10,7 +10,8 @@ namespace {
 // throw away what is in its decoder.
 constexpr UnitNumber kNearKey = 4;
 // A frame that neither its own key picture nor the one before brings out is tried from this many units back:
-// no decoder state lives longer, and the start of a file of many hours would take minutes.
+// decoder state hardly ever lives longer. The file's start, which comes last, can take minutes in a file of
+// many hours.
 constexpr UnitNumber kFarUnits = 3000;
 // How much is decoded in full before a frame that is jumped to: a sixteenth of the way keeps the jump within
 // a few percent of the quickest.
@@ -47,7 +48,8 @@ std::optional<Group> StartGroup(const FrameIndex& index, FrameNumber frame, Reac
     if (!group) return std::nullopt;
     int steps_back = frame - group->first_frame < group->leading_count ? 1 : 0;
     if (reach == Reach::KeyBefore) ++steps_back;
-    if (reach >= Reach::Far) {
+    if (reach >= Reach::Start) return index.GroupOfUnit(0);
+    if (reach == Reach::Far) {
         const auto far = index.GroupOfUnit(group->first_unit > kFarUnits ? group->first_unit - kFarUnits : 0);
         if (far && far->first_unit < group->first_unit) return far;
         steps_back = 2;
@@ -112,7 +114,7 @@ std::optional<UnitNumber> WayTo(const ReadState& state, const RunPosition& run, 
 } // namespace
 
 Reach ReadPlanner::ReachOf(const FrameIndex& index, UnitNumber start, FrameNumber frame) {
-    if (start == 0) return Reach::Far;
+    if (start == 0) return Reach::Start;
     for (const Reach reach : {Reach::Far, Reach::KeyBefore}) {
         const auto group = StartGroup(index, frame, reach);
         if (group && start <= group->first_unit) return reach;

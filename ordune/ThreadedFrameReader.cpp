@@ -229,7 +229,7 @@ void ThreadedFrameReader::Publish(UnitNumber run_start) {
 void ThreadedFrameReader::GiveUp(FrameNumber frame) {
     {
         const std::lock_guard lock(m_mutex);
-        m_tried.Fail(frame, Reach::Far);
+        m_tried.Fail(frame, Reach::Start);
     }
     if (m_progress) m_progress();
 }

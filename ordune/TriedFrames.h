@@ -14,7 +14,8 @@ namespace ordune {
 enum class Reach {
     OwnKey,     // the key picture that the index names
     KeyBefore,  // one key picture earlier: the first pictures after a key may need what was before it
-    Far,        // the file's start, or as far back as can matter
+    Far,        // some minutes back, which is nearly always as far as can matter
+    Start,      // the file's start
     Undecodable // tried all
 };
 

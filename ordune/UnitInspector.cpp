@@ -10,6 +10,7 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <chrono>
 #include <optional>
 #include <span>
 #include <vector>
@@ -19,7 +20,11 @@ namespace ordune {
 namespace {
 
 constexpr std::int64_t kLookThroughBytes = 32LL << 20;
-constexpr std::size_t kTrustAfter = 256;
+// Looking through a million units takes a second; that many in so few bytes are no recording.
+constexpr std::size_t kLookThroughUnits = 1'000'000;
+// So many are looked at before a large file is believed.
+constexpr std::size_t kTrustAfter = 512;
+constexpr std::size_t kUnitsBetweenLooksAtTheClock = 64;
 constexpr std::size_t kHeadBytes = 1024;
 constexpr std::size_t kMostLeading = 64;
 
@@ -190,27 +195,70 @@ bool IsSecondField(const UnitFacts& first, const UnitFacts& second) {
            (first.slice.reference_idc == 0) == (second.slice.reference_idc == 0);
 }
 
-// Rules 1 to 3 on the first so many units.
-void Correct(Inspector& inspector, ContainerUnits& units, std::size_t count, bool whole) {
-    UnitFacts before;
-    bool open = false; // the unit before may be the first field of a frame
-    for (std::size_t i = 0; i < count; ++i) {
-        ContainerUnit& unit = units[i];
-        const UnitFacts facts = inspector.Look(unit, whole);
-        if (whole && (!facts.whole || !facts.picture)) unit.shown = false;
-        if (facts.picture) {
-            unit.referenced = facts.referenced;
-            unit.closed = facts.closed;
-            unit.key = unit.key && facts.key;
-        }
-        open = open && IsSecondField(before, facts);
-        if (open) {
-            unit.shown = false;
-            unit.key = false;
-        }
-        open = !open;
-        before = facts;
+// Rules 1 to 3 on one unit after the other.
+class Corrector {
+  public:
+    Corrector(Inspector& inspector, ContainerUnits& units, bool whole)
+        : m_inspector(inspector), m_units(units), m_whole(whole) {}
+
+    // All units before `end` that were not corrected yet, until `deadline`.
+    void Go(std::size_t end, std::optional<std::chrono::steady_clock::time_point> deadline = std::nullopt);
+    // Whether one was the second field of the unit before it.
+    bool SawSecondField() const { return m_saw_second_field; }
+    // Whether one that the container calls a key is none.
+    bool SawFalseKey() const { return m_saw_false_key; }
+
+  private:
+    void Correct(ContainerUnit& unit);
+
+    Inspector& m_inspector;
+    ContainerUnits& m_units;
+    const bool m_whole;
+    std::size_t m_next = 0;
+    UnitFacts m_before;
+    bool m_open = false; // the unit before may be the first field of a frame
+    bool m_saw_second_field = false;
+    bool m_saw_false_key = false;
+};
+
+void Corrector::Go(std::size_t end, std::optional<std::chrono::steady_clock::time_point> deadline) {
+    for (; m_next < end; ++m_next) {
+        if (deadline && m_next % kUnitsBetweenLooksAtTheClock == 0 &&
+            std::chrono::steady_clock::now() >= *deadline)
+            return;
+        Correct(m_units[m_next]);
     }
+}
+
+void Corrector::Correct(ContainerUnit& unit) {
+    const UnitFacts facts = m_inspector.Look(unit, m_whole);
+    if (m_whole && (!facts.whole || !facts.picture)) unit.shown = false;
+    if (facts.picture) {
+        unit.referenced = facts.referenced;
+        unit.closed = facts.closed;
+        m_saw_false_key = m_saw_false_key || (unit.key && !facts.key);
+        unit.key = unit.key && facts.key;
+    }
+    m_open = m_open && IsSecondField(m_before, facts);
+    if (m_open) {
+        m_saw_second_field = true;
+        unit.shown = false;
+        unit.key = false;
+    }
+    m_open = !m_open;
+    m_before = facts;
+}
+
+// Rules 2 and 3 in a file too large to be looked through.
+void CorrectLarge(Inspector& inspector, ContainerUnits& units, std::chrono::milliseconds patience) {
+    const bool all_keys =
+        std::all_of(units.begin(), units.end(), [](const ContainerUnit& unit) { return unit.key; });
+    if (!inspector.FieldsAllowed() && !all_keys) return;
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    Corrector corrector(inspector, units, false);
+    corrector.Go(std::min(units.size(), kTrustAfter));
+    if (corrector.SawSecondField() || (all_keys && corrector.SawFalseKey()))
+        corrector.Go(units.size(), deadline);
 }
 
 // Rule 4. True when the first key is an IDR picture in a usual profile.
@@ -233,28 +281,17 @@ bool HideBeforeFirstKey(Inspector& inspector, ContainerUnits& units, bool hevc) 
 
 } // namespace
 
-bool InspectUnits(const FileSource& file, const AVCodecParameters& parameters, ContainerUnits& units) {
+bool InspectUnits(const FileSource& file, const AVCodecParameters& parameters, ContainerUnits& units,
+                  std::chrono::milliseconds patience) {
     Inspector inspector(file, parameters);
     if (!inspector.Knows() || units.empty()) return false;
     std::int64_t bytes = 0;
     for (const ContainerUnit& unit : units)
         bytes += unit.size_bytes;
-    if (bytes <= kLookThroughBytes) {
-        Correct(inspector, units, units.size(), true);
-    } else {
-        const bool all_keys =
-            std::all_of(units.begin(), units.end(), [](const ContainerUnit& unit) { return unit.key; });
-        if (inspector.FieldsAllowed()) {
-            Correct(inspector, units, units.size(), false);
-        } else if (all_keys) {
-            const std::size_t head = std::min(units.size(), kTrustAfter);
-            Correct(inspector, units, head, false);
-            const bool believed =
-                std::all_of(units.begin(), units.begin() + static_cast<std::ptrdiff_t>(head),
-                            [](const ContainerUnit& unit) { return unit.key; });
-            if (!believed) Correct(inspector, units, units.size(), false);
-        }
-    }
+    if (bytes <= kLookThroughBytes && units.size() <= kLookThroughUnits)
+        Corrector(inspector, units, true).Go(units.size());
+    else
+        CorrectLarge(inspector, units, patience);
     return HideBeforeFirstKey(inspector, units, parameters.codec_id == AV_CODEC_ID_HEVC);
 }
 

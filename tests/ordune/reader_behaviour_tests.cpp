@@ -287,6 +287,21 @@ TEST(FrameReader, TriesFromOneKeyPictureEarlierBeforeItGivesUp) {
     EXPECT_EQ(media->TheGate().Seeks()[1], 20U);
 }
 
+TEST(FrameReader, TriesFromTheFilesStartAtLast) {
+    // Only the first picture can be decoded alone, farther back than the retries before reach.
+    auto media = ScriptedMedia::Encode({.frames = 3300, .group = 3300});
+    for (UnitNumber unit = 0; unit < 3300; unit += 50)
+        media->units[unit].begins_group = true;
+    media->Settle();
+    ReaderUnderTest reader(media);
+    reader->SetWant({3260, Direction::Forward, true, Effort::Every, 0});
+    ASSERT_TRUE(reader.AwaitReady(3260));
+    const std::vector<UnitNumber> seeks = media->TheGate().Seeks();
+    ASSERT_GE(seeks.size(), 4U);
+    EXPECT_EQ((std::vector<UnitNumber>(seeks.begin(), seeks.begin() + 4)),
+              (std::vector<UnitNumber>{3250, 3200, 250, 0}));
+}
+
 TEST(FrameReader, DropsUnitsThatAreNotShown) {
     auto media = ScriptedMedia::Encode({.frames = 60, .group = 20});
     const std::vector<std::string> all = media->LinearSums();
