@@ -21,10 +21,6 @@
 
 namespace {
 
-// The messages of SendMsg.
-constexpr int kEncodingChanged = 100;
-constexpr int kFileEnded = 101;
-
 constexpr QSize kStartSize(750, 480);
 
 } // namespace
@@ -112,15 +108,18 @@ void CTalvioDlg::SendMsg(int nCode) {
     if (nCode == kEncodingChanged) {
         emit EncChangeMsg();
     } else if (nCode == kFileEnded) {
-        m_nEndedOpening = m_nOpening.load();
+        {
+            const QMutexLocker lock(&m_endedLock);
+            m_lstEnded.append(m_nOpening);
+        }
         emit FileEndMsg();
     }
 }
 
 void CTalvioDlg::ConCapPic() {
-    if (m_pOperate == nullptr || !m_bConCap) return;
+    if (m_pOperate == nullptr || !m_bConCap || m_bOpening) return;
     const int nState = m_pOperate->GetCurrentState();
-    if (nState == 0 || nState == 3) return;
+    if (nState == COperate::kNoFile || nState == COperate::kStopped) return;
 
     QByteArray path;
     {

@@ -29,6 +29,7 @@
 #include <QBrush>
 #include <QDialog>
 #include <QKeySequence>
+#include <QList>
 #include <QMutex>
 #include <QPoint>
 #include <QRect>
@@ -77,7 +78,6 @@ class CTalvioDlg : public QDialog,
     ~CTalvioDlg() override;
 
     // --- messages of the playback library, on any thread
-    // 100: the picture's size changed; 101: the file has ended. Others do nothing.
     void SendMsg(int nCode) override;
     // A picture was displayed: captures it while continuous capture is on.
     void ConCapPic() override;
@@ -326,6 +326,8 @@ class CTalvioDlg : public QDialog,
 
     // status
     void DrawProgress();
+    // Takes the oldest end-of-file message; false when its opening of a file is over.
+    bool IsEndOfCurrent();
     // Makes the row current and opens its file; false when the entry is marked.
     bool OpenIfPlayable(int nRow);
     bool OpenNext();
@@ -455,7 +457,7 @@ class CTalvioDlg : public QDialog,
     bool m_bBottomEdge = false;
     QPoint m_ptPress; // local mouse position at the last resize step
     int m_nTopMode = 0;
-    int m_nTopState = 0; // the play state for which top mode 1 was applied last
+    int m_nTopState = -1; // the play state for which top mode 1 was applied last; -1: none yet
     bool m_bFullScreen = false;
     bool m_bMaxScreen = false;
     bool m_bViewPlaylist = true;
@@ -531,10 +533,14 @@ class CTalvioDlg : public QDialog,
     std::atomic<bool> m_bEnding =
         false; // a stop or close is under way: a capture that it cuts short is no error
     std::atomic<int> m_nConCapType = 0;
-    // Which opening of a file is current, and which one the last end-of-file message came from: one that was
-    // still queued when its file was stopped or closed must not act on the next.
-    std::atomic<unsigned> m_nOpening = 1;
-    std::atomic<unsigned> m_nEndedOpening = 0; // 0: none
+    std::atomic<bool> m_bOpening = false; // the facade is opening a file: nothing to capture yet
+    std::atomic<unsigned> m_nOpening = 1; // which opening of a file is current
+
+    // --- guarded by m_endedLock, which is never held across a call
+    QMutex m_endedLock;
+    // The openings that the end-of-file messages on their way came from, oldest first: one that is still
+    // queued when its file is stopped or closed must not act on the next.
+    QList<unsigned> m_lstEnded;
 
     // --- guarded by m_conCapLock, which is never held across a call into the library
     mutable QMutex m_conCapLock;

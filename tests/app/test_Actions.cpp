@@ -1,4 +1,5 @@
 // The ways to the commands: actions, menus, shortcuts, direct keys, connections.
+#include "dialogs/HelpDlg.h"
 #include "playlist/ListBox.h"
 #include "playlist/ListTitleBarWidget.h"
 #include "tests/app/DlgTest.h"
@@ -7,11 +8,14 @@
 #include "widgets/PlayerTitle.h"
 #include "widgets/SkinButton.h"
 #include "widgets/SoundSlider.h"
+#include "widgets/StaticTitle.h"
 
 #include <QAction>
 #include <QActionGroup>
 #include <QApplication>
+#include <QDir>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QMenu>
 #include <QTest>
 
@@ -41,8 +45,17 @@ class CActionsTest : public QObject {
     void AHeldKeyRepeatsAndDoesNotRunOnAfterItsRelease();
     void AnotherKeyTakesTheWaitingRepeatBack();
 
-    void EachActionReachesItsCommand_data();
-    void EachActionReachesItsCommand();
+    // The 28 actions that have a command of their own, each by what its command does.
+    void EachPlayActionReachesItsCommand_data();
+    void EachPlayActionReachesItsCommand();
+    void EachDialogActionShowsItsDialog_data();
+    void EachDialogActionShowsItsDialog();
+    void TheFileActionsOpenOrOnlyListWhatIsChosen();
+    void TheAboutActionShowsTheAboutDialog();
+    void TheListActionsMoveAndRemoveTheHighlightedEntry();
+    void TheViewActionsSizeTheWindowAndFillTheScreen();
+    void TheContinuousCaptureActionSwitchesItOnAndOff();
+    void TheExitActionClosesTheWindow();
     void TheTitleBarsCloseButtonExitsWhereverItIsReleased();
     void TheListTitleBarsButtonsReachTheirCommands();
     void TheFloatingPanelsButtonsReachTheirCommands();
@@ -187,13 +200,15 @@ void CActionsTest::AKeyDoesItsCommandOnce_data() {
     row("keypad Right", Qt::Key_Right, Qt::KeypadModifier, "Dravo_SetCurrentFrameNum(2, 250)");
     row("Left", Qt::Key_Left, Qt::NoModifier, "Dravo_OneByOneBack(2)");
     row("Shift+Left", Qt::Key_Left, Qt::ShiftModifier, "Dravo_SetCurrentFrameNum(2, 0)");
-    row("Down", Qt::Key_Down, Qt::NoModifier, "Dravo_SetVolume(2, 58982)");
+    row("Up", Qt::Key_Up, Qt::NoModifier, "Dravo_SetVolume(2, 26553)");
+    row("Down", Qt::Key_Down, Qt::NoModifier, "Dravo_SetVolume(2, 13447)");
     row("Ctrl+C", Qt::Key_C, Qt::ControlModifier, "Dravo_CloseFile(2)");
     row("Alt+C", Qt::Key_C, Qt::AltModifier, "Dravo_CloseFile(2)");
     row("C", Qt::Key_C, Qt::NoModifier, "");
     row("Ctrl+S", Qt::Key_S, Qt::ControlModifier, "Dravo_Stop(2)");
     row("S", Qt::Key_S, Qt::NoModifier, "");
     row("O", Qt::Key_O, Qt::NoModifier, "");
+    row("Ctrl+O", Qt::Key_O, Qt::ControlModifier, "chooser");
     row("Space", Qt::Key_Space, Qt::NoModifier, "Dravo_Pause(2, 1)");
     row("Ctrl+Space", Qt::Key_Space, Qt::ControlModifier, "Dravo_Pause(2, 1)");
 }
@@ -204,15 +219,23 @@ void CActionsTest::AKeyDoesItsCommandOnce() {
     QFETCH(QString, call);
     m_pTest->Dlg().show();
     QVERIFY(QTest::qWaitForWindowActive(&m_pTest->Dlg()));
+    m_pTest->Find<CSoundSlider>()->setValue(20000); // room on both sides
     m_pTest->Play();
+    QStringList lstChoosers;
+    const CModalAnswer answer([&](QDialog* pDialog) {
+        lstChoosers.append(pDialog->windowTitle());
+        pDialog->reject();
+    });
     // By way of the toolkit's shortcuts too, as a real key goes.
     QTest::keyClick(m_pTest->Dlg().windowHandle(), Qt::Key(key), Qt::KeyboardModifiers(modifier));
     const QStringList lstCalls = m_pTest->Commands();
-    if (call.isEmpty()) {
+    const bool bChooser = call == "chooser";
+    QCOMPARE(lstChoosers, bChooser ? QStringList({"Open File"}) : QStringList());
+    if (call.isEmpty() || bChooser) {
         QVERIFY2(lstCalls.isEmpty(), qPrintable(lstCalls.join(", ")));
     } else {
         // The volume goes out twice: by the slider and by the command.
-        QCOMPARE(lstCalls.count(call), key == Qt::Key_Down ? 2 : 1);
+        QCOMPARE(lstCalls.count(call), call.startsWith("Dravo_SetVolume") ? 2 : 1);
     }
 }
 
@@ -281,7 +304,7 @@ void CActionsTest::AnotherKeyTakesTheWaitingRepeatBack() {
     QCOMPARE(m_pTest->Fake().CountCalls("Dravo_OneByOneBack("), 1);
 }
 
-void CActionsTest::EachActionReachesItsCommand_data() {
+void CActionsTest::EachPlayActionReachesItsCommand_data() {
     QTest::addColumn<QString>("action");
     QTest::addColumn<QString>("call");
     const auto row = [](const char* pAction, const char* pCall) {
@@ -296,18 +319,131 @@ void CActionsTest::EachActionReachesItsCommand_data() {
     row("Frame Backward", "Dravo_OneByOneBack(2)");
     row("Cappic", "Dravo_GetBMP(2");
     row("Mute", "Dravo_StopSound()");
-    row("Volume Up", "Dravo_SetVolume(2, 65535)");
-    row("Volume Down", "Dravo_SetVolume(2, 58982)");
-    row("Full Screen", "Dravo_RefreshPlay(2)");
+    row("Volume Up", "Dravo_SetVolume(2, 26553)");
+    row("Volume Down", "Dravo_SetVolume(2, 13447)");
 }
 
-void CActionsTest::EachActionReachesItsCommand() {
+void CActionsTest::EachPlayActionReachesItsCommand() {
     QFETCH(QString, action);
     QFETCH(QString, call);
     m_pTest->Fake().SetPictureSize(4, 4);
+    m_pTest->Find<CSoundSlider>()->setValue(20000);
     m_pTest->Play();
     m_pTest->Action(action)->trigger();
     QVERIFY(m_pTest->Fake().CountCalls(call.toStdString()) >= 1);
+}
+
+void CActionsTest::EachDialogActionShowsItsDialog_data() {
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<QString>("shown"); // class, and the page whose entry is marked
+    const auto row = [](const char* pAction, const char* pShown) {
+        QTest::newRow(pAction) << pAction << pShown;
+    };
+    row("File Information", "CFileInfoDlg ");
+    row("Play Settings", "CPlayerSetting ");
+    row("HotKey", "CPlayerSetting Hotkey/Mouse");
+    row("Locate", "CPlayerSetting Video Locate");
+    row("Image Control", "CPlayerSetting Image Control");
+    row("Color Adjust", "CPlayerSetting Color Adjust");
+    row("Open File", "QFileDialog ");
+    row("Add File", "QFileDialog ");
+}
+
+void CActionsTest::EachDialogActionShowsItsDialog() {
+    QFETCH(QString, action);
+    QFETCH(QString, shown);
+    m_pTest->Play();
+    QStringList lstShown;
+    const CModalAnswer answer([&](QDialog* pDialog) {
+        QString strMarked;
+        for (const CStaticText* pEntry : pDialog->findChildren<CStaticText*>()) {
+            if (pEntry->styleSheet() == "background-color: rgb(60, 135, 255);") strMarked += pEntry->text();
+        }
+        lstShown.append(QLatin1String(pDialog->metaObject()->className()) + ' ' + strMarked);
+        pDialog->reject();
+    });
+    m_pTest->Action(action)->trigger();
+    QCOMPARE(lstShown, QStringList({shown}));
+}
+
+void CActionsTest::TheFileActionsOpenOrOnlyListWhatIsChosen() {
+    m_pTest->WriteFile(QStringLiteral("1.mp4"), "x");
+    m_pTest->WriteFile(QStringLiteral("2.mp4"), "x");
+    QString strName = QStringLiteral("1.mp4");
+    const CModalAnswer answer([&](QDialog* pDialog) {
+        auto* pLine = pDialog->findChild<QLineEdit*>();
+        if (pLine == nullptr) return;
+        pLine->setText(strName);
+        pDialog->accept();
+    });
+    m_pTest->Action(QStringLiteral("Add File"))->trigger();
+    QCOMPARE(m_pTest->State(), 0);
+    QCOMPARE(m_pTest->Playlist(), QStringList({m_pTest->File("1.mp4")}));
+    strName = QStringLiteral("2.mp4");
+    m_pTest->Action(QStringLiteral("Open File"))->trigger();
+    QCOMPARE(m_pTest->State(), 1);
+    QCOMPARE(m_pTest->Dlg().GetCurFileName(), strName);
+    QCOMPARE(m_pTest->Playlist().size(), 2);
+}
+
+// It does not wait for its answer.
+void CActionsTest::TheAboutActionShowsTheAboutDialog() {
+    m_pTest->Action(QStringLiteral("About"))->trigger();
+    auto* pAbout = m_pTest->Find<CHelpDlg>();
+    QVERIFY(pAbout != nullptr);
+    QVERIFY(pAbout->isVisible());
+    pAbout->close();
+}
+
+void CActionsTest::TheListActionsMoveAndRemoveTheHighlightedEntry() {
+    for (const char* pPath : {"/a", "/b", "/c"})
+        m_pTest->Dlg().AddFile2List(QString::fromLatin1(pPath), false);
+    auto* pList = m_pTest->Find<CListBox>();
+    pList->setCurrentRow(1);
+    m_pTest->Action(QStringLiteral("Raise File"))->trigger();
+    QCOMPARE(m_pTest->Playlist(), QStringList({"/b", "/a", "/c"}));
+    pList->setCurrentRow(0);
+    m_pTest->Action(QStringLiteral("Down File"))->trigger();
+    QCOMPARE(m_pTest->Playlist(), QStringList({"/a", "/b", "/c"}));
+    pList->setCurrentRow(1);
+    m_pTest->Action(QStringLiteral("Remove File"))->trigger();
+    QCOMPARE(m_pTest->Playlist(), QStringList({"/a", "/c"}));
+}
+
+void CActionsTest::TheViewActionsSizeTheWindowAndFillTheScreen() {
+    CTalvioDlg& dlg = m_pTest->Dlg();
+    dlg.show();
+    m_pTest->Fake().SetPictureSize(352, 288);
+    m_pTest->Play();
+    const QSize normal = dlg.size();
+    m_pTest->Action(QStringLiteral("2 Times Size"))->trigger();
+    QVERIFY(dlg.size().width() > normal.width());
+    m_pTest->Action(QStringLiteral("Normal Size"))->trigger();
+    QCOMPARE(dlg.size(), normal);
+    m_pTest->Action(QStringLiteral("Full Screen"))->trigger();
+    QVERIFY(dlg.GetFullScreenStatus());
+    m_pTest->Action(QStringLiteral("Full Screen"))->trigger();
+    QVERIFY(!dlg.GetFullScreenStatus());
+}
+
+void CActionsTest::TheContinuousCaptureActionSwitchesItOnAndOff() {
+    m_pTest->Fake().SetPictureSize(4, 4);
+    m_pTest->Play();
+    const auto captured = [&] {
+        m_pTest->Fake().FireDisplay(m_pTest->Fake().OpenPort());
+        return m_pTest->FilesIn(QDir::currentPath(), QStringLiteral("picture-*")).size();
+    };
+    QCOMPARE(captured(), 0);
+    m_pTest->Action(QStringLiteral("Continue Cappic"))->trigger();
+    QCOMPARE(captured(), 1);
+    m_pTest->Action(QStringLiteral("Continue Cappic"))->trigger();
+    QCOMPARE(captured(), 1);
+}
+
+void CActionsTest::TheExitActionClosesTheWindow() {
+    m_pTest->Dlg().show();
+    m_pTest->Action(QStringLiteral("Exit"))->trigger();
+    QVERIFY(!m_pTest->Dlg().isVisible());
 }
 
 void CActionsTest::TheTitleBarsCloseButtonExitsWhereverItIsReleased() {

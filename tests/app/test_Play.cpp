@@ -9,12 +9,15 @@
 
 #include <QAction>
 #include <QDir>
+#include <QImage>
 #include <QLabel>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
+
+#include <functional>
 
 class CPlayTest : public QObject {
     Q_OBJECT
@@ -41,6 +44,7 @@ class CPlayTest : public QObject {
     void PassingNormalSpeedSwitchesTheLeavingOutOfPictures();
     void ARefusedSpeedStepChangesNothing();
     void StopResetsTheSpeedLevelUntilTheNextPlay();
+    void TheFacadeKeepsItsStoredSpeedUntilTheSettingsAreHandedOver();
     void SteppingByState();
     void ARefusedStepForwardChangesNothing();
     void BackStepsWithoutARefresh();
@@ -58,6 +62,8 @@ class CPlayTest : public QObject {
     void SetSpeedClamps();
 
     void TheControlsFollowTheState();
+    void TheTitleBarShowsTheFileNameUnlessNothingIsOpen();
+    void TheVideoSurfaceShowsLogoPictureOrBlankGroundByState();
     void ClosedStateDisablesExactlyTheFileCommands();
     void TheSpeedIsShown();
 
@@ -275,6 +281,21 @@ void CPlayTest::StopResetsTheSpeedLevelUntilTheNextPlay() {
     QCOMPARE(m_pTest->LeftText(), QStringLiteral("Playing"));
 }
 
+void CPlayTest::TheFacadeKeepsItsStoredSpeedUntilTheSettingsAreHandedOver() {
+    m_pTest->Dlg().SetSpeed(2);
+    m_pTest->Play();
+    m_pTest->Dlg().Stop();
+    QCOMPARE(m_pTest->Dlg().GetSpeed(), 0);
+    m_pTest->Fake().TakeCalls();
+    QVERIFY(m_pTest->Dlg().GetOperate()->Play());
+    QCOMPARE(m_pTest->Fake().CountCalls("Dravo_Fast(2)"), 2);
+    m_pTest->Dlg().Stop();
+    m_pTest->Fake().TakeCalls();
+    m_pTest->Dlg().SetPara();
+    QVERIFY(m_pTest->Dlg().GetOperate()->Play());
+    QCOMPARE(m_pTest->Fake().CountCalls("Dravo_Fast"), 0);
+}
+
 void CPlayTest::SteppingByState() {
     QVERIFY(!m_pTest->Dlg().NextFrame());
     QVERIFY(!m_pTest->Dlg().LastFrame());
@@ -457,6 +478,68 @@ void CPlayTest::TheControlsFollowTheState() {
     dlg.CloseFile();
     QCOMPARE(shown(), QStringLiteral("Ready||0|Play|play"));
     QCOMPARE(pBar->m_pPlaySlider->value(), 0);
+}
+
+// The bar tells its text by painting it: like a bar that was given the expected one.
+void CPlayTest::TheTitleBarShowsTheFileNameUnlessNothingIsOpen() {
+    auto* pTitle = m_pTest->Find<CPlayerTitle>();
+    const auto painted = [&](const QString& strText) {
+        pTitle->SetShowFilePath(strText);
+        return pTitle->grab().toImage();
+    };
+    // Each command finds a text that is not its own.
+    const auto after = [&](const std::function<void()>& command) {
+        pTitle->SetShowFilePath(QStringLiteral("other"));
+        command();
+        return pTitle->grab().toImage();
+    };
+    CTalvioDlg& dlg = m_pTest->Dlg();
+    QVERIFY(painted(QStringLiteral("a.mp4")) != painted(QString()));
+    QVERIFY(painted(QStringLiteral("a.mp4")) != painted(QStringLiteral("other")));
+    QImage shown = after([&] { m_pTest->Play(QStringLiteral("/rec/a.mp4")); });
+    QCOMPARE(shown, painted(QStringLiteral("a.mp4")));
+    // The same by the state alone, which the opening does not come before.
+    shown = after([&] { dlg.SetState(); });
+    QCOMPARE(shown, painted(QStringLiteral("a.mp4")));
+    shown = after([&] { dlg.PlayOrPause(); });
+    QCOMPARE(m_pTest->State(), 2);
+    QCOMPARE(shown, painted(QStringLiteral("a.mp4")));
+    shown = after([&] { dlg.Stop(); });
+    QCOMPARE(shown, painted(QStringLiteral("a.mp4")));
+    shown = after([&] { dlg.CloseFile(); });
+    QCOMPARE(shown, painted(QString()));
+}
+
+void CPlayTest::TheVideoSurfaceShowsLogoPictureOrBlankGroundByState() {
+    auto* pView = m_pTest->Find<CViewWidget>();
+    const auto painted = [&] { return pView->grab().toImage(); };
+    const auto logo = [&] {
+        pView->SetStatus(true, false, false);
+        return painted();
+    };
+    const auto blank = [&] {
+        pView->SetStatus(false, true, false);
+        return painted();
+    };
+    QVERIFY(logo() != blank());
+    const auto libraryDraws = [&] { return pView->paintEngine() == nullptr && !pView->updatesEnabled(); };
+
+    // Each command finds the surface in another status.
+    CTalvioDlg& dlg = m_pTest->Dlg();
+    m_pTest->Play();
+    QVERIFY(libraryDraws());
+    pView->SetStatus(true, false, false);
+    dlg.PlayOrPause();
+    QCOMPARE(m_pTest->State(), 2);
+    QVERIFY(libraryDraws());
+    dlg.Stop();
+    QVERIFY(!libraryDraws());
+    QImage shown = painted();
+    QCOMPARE(shown, blank());
+    dlg.CloseFile();
+    QVERIFY(!libraryDraws());
+    shown = painted();
+    QCOMPARE(shown, logo());
 }
 
 void CPlayTest::ClosedStateDisablesExactlyTheFileCommands() {

@@ -1,6 +1,7 @@
 // The status line, the end of a file in each play mode, continuous capture.
 #include "playlist/ListBox.h"
 #include "tests/app/DlgTest.h"
+#include "tests/support/WaitUntil.h"
 #include "widgets/ControlsBarWidget.h"
 #include "widgets/PlayerTitle.h"
 #include "widgets/PlaySlider.h"
@@ -13,7 +14,14 @@
 #include <QTest>
 
 #include <atomic>
+#include <chrono>
 #include <thread>
+
+namespace {
+
+constexpr std::chrono::seconds kLimit(20);
+
+} // namespace
 
 class CStatusTest : public QObject {
     Q_OBJECT
@@ -43,6 +51,8 @@ class CStatusTest : public QObject {
     void AnEndIsIgnoredWithNothingPlaying();
     void AnEndOfAFileThatIsClosedByNowIsIgnored();
     void AnEndOfAStoppedFileIsIgnored();
+    void TheEndsOfTwoFilesInARowMoveOneEntryOn();
+    void AnEndThatNoMessageTellsIsTheCurrentFiles();
     void AnEntryThatIsGoneByNowEndsThePlayingWithoutALoop();
 
     void ContinuousCaptureWritesEveryDisplayedPicture();
@@ -51,6 +61,7 @@ class CStatusTest : public QObject {
     void ContinuousCaptureEndsWithOpeningAnEntry();
     void AFailingContinuousCaptureIsToldOnce();
     void ACaptureCutShortByStopIsNoError();
+    void NothingIsCapturedWhileTheNextFileOpens();
     void ContinuousCaptureMeetsEveryOtherCommand();
 
   private:
@@ -263,6 +274,35 @@ void CStatusTest::AnEndOfAStoppedFileIsIgnored() {
     QCOMPARE(m_pTest->State(), 1);
 }
 
+void CStatusTest::TheEndsOfTwoFilesInARowMoveOneEntryOn() {
+    PlayList({"/rec/a.mp4", "/rec/b.mp4", "/rec/c.mp4", "/rec/d.mp4"}, {}, 0, "Playlist Play");
+    const auto end = [&] {
+        std::thread([&] { m_pTest->Fake().FireFileEnd(m_pTest->Fake().OpenPort()); }).join();
+    };
+    end();
+    // Both messages wait: the one of the file that is closed by now, and the one of the file that is playing.
+    m_pTest->Play(QStringLiteral("/rec/b.mp4"));
+    m_pTest->Find<CListBox>()->setCurrentRow(1);
+    end();
+    QCoreApplication::processEvents();
+    QCOMPARE(Opened(), QStringLiteral("c.mp4"));
+    QCOMPARE(CurrentRow(), 2);
+    QCOMPARE(m_pTest->State(), 1);
+}
+
+void CStatusTest::AnEndThatNoMessageTellsIsTheCurrentFiles() {
+    PlayList({"/rec/a.mp4", "/rec/b.mp4", "/rec/c.mp4"}, {}, 0, "Playlist Play");
+    m_pTest->Dlg().SendMsg(101);
+    QCOMPARE(Opened(), QStringLiteral("b.mp4"));
+    m_pTest->Dlg().PlayProcess();
+    QCOMPARE(Opened(), QStringLiteral("c.mp4"));
+    m_pTest->Dlg().SendMsg(101);
+    QCOMPARE(m_pTest->State(), 3);
+    m_pTest->Dlg().PlayOrPause();
+    m_pTest->Dlg().PlayProcess();
+    QCOMPARE(m_pTest->State(), 3);
+}
+
 void CStatusTest::AnEntryThatIsGoneByNowEndsThePlayingWithoutALoop() {
     PlayList({"/rec/a.mp4", "/rec/b.mp4"}, {}, 0, "Playlist Repeat");
     m_pTest->Fake().RefuseFile("/rec/b.mp4");
@@ -346,18 +386,42 @@ void CStatusTest::ACaptureCutShortByStopIsNoError() {
     std::atomic<bool> bStopping = false;
     m_pTest->Fake().SetHook("Dravo_GetBMP", [&] {
         bCapturing = true;
-        while (!bStopping)
-            std::this_thread::yield();
+        support::WaitUntil([&] { return bStopping.load(); }, kLimit);
     });
     m_pTest->Fake().SetResult("Dravo_GetBMP", 0);
     m_pTest->Fake().SetHook("Dravo_Stop", [&] { bStopping = true; });
     std::thread library([&] { FireDisplay(); });
-    while (!bCapturing)
-        std::this_thread::yield();
+    const bool bBegan = support::WaitUntil([&] { return bCapturing.load(); }, kLimit);
     m_pTest->Dlg().Stop();
     library.join();
+    QVERIFY(bBegan);
+    QVERIFY(bStopping);
     QCoreApplication::processEvents();
     QCOMPARE(error.count(), 0);
+}
+
+// The next file's first pictures are displayed while its speed is still being set, before its size is known.
+void CStatusTest::NothingIsCapturedWhileTheNextFileOpens() {
+    m_pTest->Fake().SetPictureSize(1, 1);
+    PlayList({"/rec/a.mp4", "/rec/b.mp4"}, {}, 0, "Playlist Play");
+    m_pTest->Dlg().Fast();
+    m_pTest->Dlg().Fast();
+    m_pTest->Dlg().ConCap();
+    const QSignalSpy error(&m_pTest->Dlg(), &CTalvioDlg::SendErrorMsg);
+    int nDisplayed = 0;
+    m_pTest->Fake().SetHook("Dravo_Fast",
+                            [&] { std::thread([&] { nDisplayed += FireDisplay() ? 1 : 0; }).join(); });
+    // Too large for a buffer of the first file's size.
+    m_pTest->Fake().SetPictureSize(8, 8);
+    m_pTest->Fake().SetStills(std::string(200, 'b'), std::string(200, 'j'));
+    m_pTest->Dlg().PlayProcess();
+    QCOMPARE(Opened(), QStringLiteral("b.mp4"));
+    QCOMPARE(nDisplayed, 2);
+    QCOMPARE(error.count(), 0);
+    QCOMPARE(Captures(), 0);
+    // It is still on, and works from now.
+    QVERIFY(FireDisplay());
+    QCOMPARE(Captures(), 1);
 }
 
 void CStatusTest::ContinuousCaptureMeetsEveryOtherCommand() {

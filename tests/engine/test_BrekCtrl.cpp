@@ -202,6 +202,12 @@ TEST_F(BrekCtrl, GotoEndFailsWhenEvenFrameOneIsRefused) {
                 ElementsAre("Dravo_SetCurrentFrameNum(1, 2)", "Dravo_SetCurrentFrameNum(1, 1)"));
 }
 
+TEST_F(BrekCtrl, GotoEndOfNoFramesCallsNothingAndFails) {
+    TakePort();
+    EXPECT_FALSE(m_ctrl.GotoEnd(0));
+    EXPECT_THAT(m_fake.TakeCalls(), IsEmpty());
+}
+
 TEST_F(BrekCtrl, StepForwardFirstStopsLeavingOutPictures) {
     TakePort();
     EXPECT_TRUE(m_ctrl.StepForward());
