@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QTest>
 
+#include <memory>
+
 namespace {
 
 QByteArray FileOf(const QString& strDir, const QByteArray& strValues) {
@@ -59,7 +61,9 @@ class TestConfig : public QObject {
         window.SetHue(4);
         test.Close();
 
-        const CTalvioDlg again(nullptr); // reads the same file
+        std::unique_ptr<COperate> pOperate; // outlives the window
+        CTalvioDlg again(nullptr);          // reads the same file
+        pOperate.reset(again.GetOperate());
         QCOMPARE(again.GetCapPath(), QString("/c & <d>"));
         QCOMPARE(again.GetConCapPath(), QString::fromUtf8("/影片"));
         QVERIFY(!again.GetHighQuality());
@@ -75,7 +79,6 @@ class TestConfig : public QObject {
         QCOMPARE(again.GetContrast(), 64);
         QCOMPARE(again.GetChromaticity(), 64);
         QCOMPARE(again.GetHue(), 64);
-        delete again.GetOperate();
     }
 
     void OddValuesAreReadAsTheyAre() {

@@ -96,8 +96,10 @@ void CStartTest::TheSettingsAreReadFromTheWorkingDirectory() {
     m_pTest->Close();
     QDir::setCurrent(strFolder);
     QVERIFY(QFile::exists(strConfig));
+    // The facade outlives the window.
+    std::unique_ptr<COperate> pOperate;
     CTalvioDlg dlg(nullptr);
-    const std::unique_ptr<COperate> pOperate(dlg.GetOperate());
+    pOperate.reset(dlg.GetOperate());
     QCOMPARE(dlg.GetCapPath(), QStringLiteral("/kept"));
 }
 
