@@ -1,6 +1,8 @@
 // Captured pictures show the frame that is on the screen.
 #include "tests/system/PlayerTest.h"
 
+#include <unistd.h>
+
 using namespace system_tests;
 
 namespace {
@@ -67,7 +69,7 @@ TEST_F(Capture, AJpegIsMadeWhereTheSettingsSaySo) {
     EXPECT_TRUE(player.Captures().empty());
 }
 
-TEST_F(Capture, AFolderThatCannotBeWrittenGivesAWarning) {
+TEST_F(Capture, AFolderThatIsNotThereGivesAWarning) {
     PlayerRun::Setup setup;
     Settings settings;
     settings.captureFolder = "/nonexistent/folder";
@@ -83,4 +85,33 @@ TEST_F(Capture, AFolderThatCannotBeWrittenGivesAWarning) {
     EXPECT_TRUE(player.WaitForNumber(number));
     player.Key("Right");
     EXPECT_TRUE(player.WaitForNumber(number + 1));
+}
+
+// The box's title is what the screen tells; its text is checked where the box can be asked for it.
+TEST_F(Capture, AFolderThatMayNotBeWrittenGivesAWarningAndKeepsNoFile) {
+    namespace fs = std::filesystem;
+    constexpr uid_t kNobody = 65534;
+    constexpr fs::perms kReadOnly = fs::perms::owner_read | fs::perms::owner_exec | fs::perms::group_read |
+                                    fs::perms::group_exec | fs::perms::others_read | fs::perms::others_exec;
+    support::TemporaryFolder pictures;
+    fs::permissions(pictures.Path(), kReadOnly);
+    fs::permissions(m_media.Path(), fs::perms::all); // the film is read by another user
+    Settings settings;
+    settings.captureFolder = pictures.Path().string();
+    PlayerRun::Setup setup;
+    setup.settings = settings.Text();
+    if (getuid() == 0) setup.user = kNobody; // permissions do not bind root
+    TestedPlayer player(m_desktop, setup);
+    const int number = OpenAndPause(player);
+    ASSERT_GE(number, 10);
+    CaptureByMenu(player);
+    ASSERT_TRUE(player.WaitForWindow("Warning"));
+    player.Key("Return");
+    EXPECT_TRUE(player.WaitForNoWindow("Warning"));
+    EXPECT_TRUE(fs::is_empty(pictures.Path()));
+    EXPECT_TRUE(player.Captures().empty());
+    EXPECT_TRUE(player.WaitForNumber(number));
+    player.Key("Right");
+    EXPECT_TRUE(player.WaitForNumber(number + 1));
+    EXPECT_EQ(player.Close(), 0);
 }
