@@ -115,19 +115,19 @@ Result<std::shared_ptr<FileContent>> ContainerContent::Make(const std::shared_pt
 }
 
 Result<void> ContainerContent::MakeSureOfAPicture(const std::shared_ptr<const FileSource>& file) const {
-    Result<std::unique_ptr<UnitReader>> reader = MakeUnitReader(file);
+    Result<std::unique_ptr<UnitReader>> reader = MakeUnitReader(file, {});
     if (!reader) return reader.Failure();
     return ProbeForPicture(*m_parameters, *reader.Value(), file->Path());
 }
 
-Result<std::unique_ptr<UnitReader>>
-ContainerContent::MakeUnitReader(std::shared_ptr<const FileSource> file) const {
+Result<std::unique_ptr<UnitReader>> ContainerContent::MakeUnitReader(std::shared_ptr<const FileSource> file,
+                                                                     CancelToken cancel) const {
     const AVCodecParameters& parameters = *m_parameters;
     const bool lengths = parameters.codec_id == AV_CODEC_ID_H264 && parameters.extradata_size > 6 &&
                          parameters.extradata[0] == 1;
     const std::size_t length_bytes = lengths ? (parameters.extradata[4] & 3U) + 1 : 0;
-    if (m_direct) return DirectUnitReader::Make(std::move(file), m_table, length_bytes);
-    return FormatUnitReader::Make(std::move(file), m_table, m_stream_index);
+    if (m_direct) return DirectUnitReader::Make(std::move(file), m_table, length_bytes, std::move(cancel));
+    return FormatUnitReader::Make(std::move(file), m_table, m_stream_index, std::move(cancel));
 }
 
 std::uint64_t ContainerContent::WhenComplete(std::function<void()> done) {

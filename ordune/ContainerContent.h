@@ -14,7 +14,8 @@ class ContainerContent final : public FileContent {
     static Result<std::shared_ptr<FileContent>> Make(const std::shared_ptr<const FileSource>& file,
                                                      const FormatInput& input);
 
-    Result<std::unique_ptr<UnitReader>> MakeUnitReader(std::shared_ptr<const FileSource> file) const override;
+    Result<std::unique_ptr<UnitReader>> MakeUnitReader(std::shared_ptr<const FileSource> file,
+                                                       CancelToken cancel) const override;
     std::uint64_t WhenComplete(std::function<void()> done) override;
     void Withdraw(std::uint64_t number) override;
 

@@ -55,18 +55,18 @@ CodedUnit Label(AVPacket* packet, UnitNumber number, const FrameTable& table) {
 
 Result<std::unique_ptr<UnitReader>> DirectUnitReader::Make(std::shared_ptr<const FileSource> file,
                                                            std::shared_ptr<const FrameTable> table,
-                                                           std::size_t length_bytes) {
+                                                           std::size_t length_bytes, CancelToken cancel) {
     ffmpeg::PacketPtr packet = ffmpeg::MakePacket();
     if (!packet) return ffmpeg::MakeError(AVERROR(ENOMEM), "cannot read the file", file->Path());
-    return std::unique_ptr<UnitReader>(
-        new DirectUnitReader(std::move(file), std::move(table), length_bytes, std::move(packet)));
+    return std::unique_ptr<UnitReader>(new DirectUnitReader(std::move(file), std::move(table), length_bytes,
+                                                            std::move(packet), std::move(cancel)));
 }
 
 DirectUnitReader::DirectUnitReader(std::shared_ptr<const FileSource> file,
                                    std::shared_ptr<const FrameTable> table, std::size_t length_bytes,
-                                   ffmpeg::PacketPtr packet)
+                                   ffmpeg::PacketPtr packet, CancelToken cancel)
     : m_file(std::move(file)), m_table(std::move(table)), m_length_bytes(length_bytes),
-      m_packet(std::move(packet)) {}
+      m_packet(std::move(packet)), m_cancel(std::move(cancel)) {}
 
 Result<void> DirectUnitReader::SeekTo(UnitNumber first_of_group) {
     if (!m_table->BeginsGroup(first_of_group)) return NotAGroup(*m_file);
@@ -83,12 +83,9 @@ Result<std::optional<CodedUnit>> DirectUnitReader::Next() {
     }
     const int code = av_new_packet(m_packet.get(), static_cast<int>(extent.size_bytes));
     if (code < 0) return ffmpeg::MakeError(code, "cannot read the file", m_file->Path());
-    const std::int64_t got =
-        m_file->ReadAt(extent.offset_bytes, m_packet->data, static_cast<std::size_t>(extent.size_bytes));
-    if (got < 0) return Error{ErrorKind::Io, "the file cannot be read any more", m_file->Path()};
-    if (got < extent.size_bytes) {
-        return Error{ErrorKind::Io, "the file has become shorter while it was open", m_file->Path()};
-    }
+    const Result<void> read = m_file->ReadWhole(extent.offset_bytes, m_packet->data,
+                                                static_cast<std::size_t>(extent.size_bytes), m_cancel);
+    if (!read) return read.Failure();
     m_packet->pos = extent.offset_bytes;
     m_packet->stream_index = 0;
     CodedUnit unit = Label(m_packet.get(), m_next++, *m_table);
@@ -98,26 +95,26 @@ Result<std::optional<CodedUnit>> DirectUnitReader::Next() {
 
 Result<std::unique_ptr<UnitReader>> FormatUnitReader::Make(std::shared_ptr<const FileSource> file,
                                                            std::shared_ptr<const FrameTable> table,
-                                                           int stream_index) {
+                                                           int stream_index, CancelToken cancel) {
     ffmpeg::PacketPtr packet = ffmpeg::MakePacket();
     if (!packet) return ffmpeg::MakeError(AVERROR(ENOMEM), "cannot read the file", file->Path());
-    std::unique_ptr<FormatUnitReader> reader(
-        new FormatUnitReader(std::move(file), std::move(table), stream_index, std::move(packet)));
+    std::unique_ptr<FormatUnitReader> reader(new FormatUnitReader(
+        std::move(file), std::move(table), stream_index, std::move(packet), std::move(cancel)));
     if (Result<void> ready = reader->Rewind(); !ready) return ready.Failure();
     return std::unique_ptr<UnitReader>(std::move(reader));
 }
 
 FormatUnitReader::FormatUnitReader(std::shared_ptr<const FileSource> file,
                                    std::shared_ptr<const FrameTable> table, int stream_index,
-                                   ffmpeg::PacketPtr packet)
+                                   ffmpeg::PacketPtr packet, CancelToken cancel)
     : m_file(std::move(file)), m_table(std::move(table)), m_stream_index(stream_index),
-      m_packet(std::move(packet)) {}
+      m_packet(std::move(packet)), m_cancel(std::move(cancel)) {}
 
 Result<void> FormatUnitReader::Rewind() {
     m_input.reset();
     m_have_packet = false;
     m_next = 0;
-    Result<std::unique_ptr<FormatInput>> input = FormatInput::Open(m_file);
+    Result<std::unique_ptr<FormatInput>> input = FormatInput::Open(m_file, m_cancel);
     if (!input) return input.Failure();
     m_input = std::move(input.Value());
     // The same reading ahead as when the index was made, so that packets are cut the same way.
@@ -129,10 +126,15 @@ Result<void> FormatUnitReader::Rewind() {
     return {};
 }
 
-bool FormatUnitReader::ReadPacket() {
+Result<bool> FormatUnitReader::ReadPacket() {
     for (;;) {
         av_packet_unref(m_packet.get());
-        if (av_read_frame(m_input->Context(), m_packet.get()) < 0) return false;
+        int code = av_read_frame(m_input->Context(), m_packet.get());
+        // Some containers' readers report every failure as the end.
+        if (m_cancel.Cancelled()) code = AVERROR_EXIT;
+        if (code == AVERROR_EXIT || code == AVERROR(EIO) || code == AVERROR(ENOMEM))
+            return ffmpeg::MakeError(code, "the file cannot be read any more", m_file->Path());
+        if (code < 0) return false;
         if (m_packet->stream_index == m_stream_index && m_packet->size > 0) return true;
     }
 }
@@ -143,39 +145,52 @@ bool FormatUnitReader::Matches(UnitNumber unit) const {
            m_packet->size == extent.size_bytes;
 }
 
+Result<bool> FormatUnitReader::Jump(UnitNumber first_of_group) {
+    const FrameTable::Extent extent = m_table->ExtentOf(first_of_group);
+    if (extent.offset_bytes < 0 || first_of_group == 0) return false;
+    AVFormatContext* context = m_input->Context();
+    const AVStream* stream = context->streams[m_stream_index];
+    const FrameNumber frame = m_table->FrameOf(first_of_group);
+    std::int64_t time = av_rescale_q(m_table->TimeOf(frame == kNoFrame ? 0 : frame).count(),
+                                     AVRational{1, 1'000'000}, stream->time_base);
+    if (stream->start_time != AV_NOPTS_VALUE) time = av_sat_add64(time, stream->start_time);
+    if (avformat_seek_file(context, m_stream_index, INT64_MIN, time, time, 0) < 0) return false;
+    for (;;) {
+        Result<bool> more = ReadPacket();
+        if (!more || !more.Value()) return more;
+        if (Matches(first_of_group)) return true;
+        if (m_packet->pos > extent.offset_bytes) return false;
+    }
+}
+
 // 1. A byte or time seek to somewhere at or before the unit, then on to the packet that lies where the unit
 // does.
 // 2. Where that does not find it, from the start, counting.
 Result<void> FormatUnitReader::SeekTo(UnitNumber first_of_group) {
     if (!m_table->BeginsGroup(first_of_group)) return NotAGroup(*m_file);
-    const FrameTable::Extent extent = m_table->ExtentOf(first_of_group);
-    AVFormatContext* context = m_input->Context();
-    if (extent.offset_bytes >= 0 && first_of_group > 0) {
-        const AVStream* stream = context->streams[m_stream_index];
-        const FrameNumber frame = m_table->FrameOf(first_of_group);
-        std::int64_t time = av_rescale_q(m_table->TimeOf(frame == kNoFrame ? 0 : frame).count(),
-                                         AVRational{1, 1'000'000}, stream->time_base);
-        if (stream->start_time != AV_NOPTS_VALUE) time = av_sat_add64(time, stream->start_time);
-        if (avformat_seek_file(context, m_stream_index, INT64_MIN, time, time, 0) >= 0) {
-            while (ReadPacket()) {
-                if (Matches(first_of_group)) {
-                    m_next = first_of_group;
-                    m_have_packet = true;
-                    return {};
-                }
-                if (m_packet->pos > extent.offset_bytes) break;
-            }
-        }
+    const Result<bool> there = Jump(first_of_group);
+    if (!there) return there.Failure();
+    if (there.Value()) {
+        m_next = first_of_group;
+        m_have_packet = true;
+        return {};
     }
     if (Result<void> ready = Rewind(); !ready) return ready.Failure();
-    while (m_next < first_of_group && ReadPacket())
-        ++m_next;
+    for (; m_next < first_of_group; ++m_next) {
+        const Result<bool> more = ReadPacket();
+        if (!more) return more.Failure();
+        if (!more.Value()) break;
+    }
     return {};
 }
 
 Result<std::optional<CodedUnit>> FormatUnitReader::Next() {
     if (m_next >= m_table->KnownUnits()) return std::optional<CodedUnit>();
-    if (!m_have_packet && !ReadPacket()) return std::optional<CodedUnit>();
+    if (!m_have_packet) {
+        const Result<bool> more = ReadPacket();
+        if (!more) return more.Failure();
+        if (!more.Value()) return std::optional<CodedUnit>();
+    }
     m_have_packet = false;
     return std::optional(Label(m_packet.get(), m_next++, *m_table));
 }

@@ -19,19 +19,20 @@ class DirectUnitReader final : public UnitReader {
     // `length_bytes` is the size of the length fields ahead of H.264's NAL units; 0 for other codecs.
     static Result<std::unique_ptr<UnitReader>> Make(std::shared_ptr<const FileSource> file,
                                                     std::shared_ptr<const FrameTable> table,
-                                                    std::size_t length_bytes);
+                                                    std::size_t length_bytes, CancelToken cancel);
 
     Result<void> SeekTo(UnitNumber first_of_group) override;
     Result<std::optional<CodedUnit>> Next() override;
 
   private:
     DirectUnitReader(std::shared_ptr<const FileSource> file, std::shared_ptr<const FrameTable> table,
-                     std::size_t length_bytes, ffmpeg::PacketPtr packet);
+                     std::size_t length_bytes, ffmpeg::PacketPtr packet, CancelToken cancel);
 
     const std::shared_ptr<const FileSource> m_file;
     const std::shared_ptr<const FrameTable> m_table;
     const std::size_t m_length_bytes;
     const ffmpeg::PacketPtr m_packet;
+    const CancelToken m_cancel;
     UnitNumber m_next = 0;
 };
 
@@ -39,24 +40,28 @@ class DirectUnitReader final : public UnitReader {
 // none, the file is read from its start and counted.
 class FormatUnitReader final : public UnitReader {
   public:
-    static Result<std::unique_ptr<UnitReader>>
-    Make(std::shared_ptr<const FileSource> file, std::shared_ptr<const FrameTable> table, int stream_index);
+    static Result<std::unique_ptr<UnitReader>> Make(std::shared_ptr<const FileSource> file,
+                                                    std::shared_ptr<const FrameTable> table, int stream_index,
+                                                    CancelToken cancel);
 
     Result<void> SeekTo(UnitNumber first_of_group) override;
     Result<std::optional<CodedUnit>> Next() override;
 
   private:
     FormatUnitReader(std::shared_ptr<const FileSource> file, std::shared_ptr<const FrameTable> table,
-                     int stream_index, ffmpeg::PacketPtr packet);
+                     int stream_index, ffmpeg::PacketPtr packet, CancelToken cancel);
     Result<void> Rewind();
-    // Reads the next packet of the stream; false at the end of the file.
-    bool ReadPacket();
+    // Reads the next packet of the stream; false at the end of the file, or where what follows is damaged.
+    Result<bool> ReadPacket();
+    // Goes to the unit by libavformat's own means; false where they do not lead there.
+    Result<bool> Jump(UnitNumber first_of_group);
     bool Matches(UnitNumber unit) const;
 
     const std::shared_ptr<const FileSource> m_file;
     const std::shared_ptr<const FrameTable> m_table;
     const int m_stream_index;
     const ffmpeg::PacketPtr m_packet;
+    const CancelToken m_cancel;
     std::unique_ptr<FormatInput> m_input;
     UnitNumber m_next = 0;
     bool m_have_packet = false; // m_packet is unit m_next, read on the way here

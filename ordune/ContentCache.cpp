@@ -30,7 +30,7 @@ std::shared_ptr<FileContent> ContentCache::Find(const FileIdentity& identity) {
             m_entries.erase(entry);
             return nullptr;
         }
-        if (!entry->kept && content->Table().Complete()) entry->kept = content;
+        if (!entry->kept && content->Table().Complete() && !content->IsShort()) entry->kept = content;
         m_entries.splice(m_entries.begin(), m_entries, entry);
         TrimLocked(freed);
         return content;
@@ -45,7 +45,8 @@ void ContentCache::Keep(const FileIdentity& identity, const std::shared_ptr<File
         if (entry.identity == identity && entry.kept) freed.push_back(std::move(entry.kept));
     }
     std::erase_if(m_entries, [&](const Entry& entry) { return entry.identity == identity; });
-    m_entries.push_front({identity, content, content->Table().Complete() ? content : nullptr});
+    m_entries.push_front(
+        {identity, content, content->Table().Complete() && !content->IsShort() ? content : nullptr});
     TrimLocked(freed);
 }
 

@@ -21,7 +21,7 @@ class ContentCache {
 
     // What is known of the file; null where nothing is.
     std::shared_ptr<FileContent> Find(const FileIdentity& identity);
-    // An index that is not complete is remembered only as long as somebody else holds it.
+    // An index that is not complete, or short, is remembered only as long as somebody else holds it.
     void Keep(const FileIdentity& identity, const std::shared_ptr<FileContent>& content);
 
   private:

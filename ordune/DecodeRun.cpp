@@ -24,6 +24,7 @@ bool RunPosition::InFlight(FrameNumber frame) const {
 }
 
 void DecodeRun::Outcome::Clear() {
+    failure.reset();
     pictures.clear();
     lost.clear();
     left_out.clear();
@@ -31,8 +32,9 @@ void DecodeRun::Outcome::Clear() {
     starved = false;
 }
 
-DecodeRun::DecodeRun(std::shared_ptr<const MediaFile> file, std::shared_ptr<PicturePool> pool, int threads)
-    : m_file(std::move(file)), m_pool(std::move(pool)), m_threads(threads),
+DecodeRun::DecodeRun(std::shared_ptr<const MediaFile> file, std::shared_ptr<PicturePool> pool, int threads,
+                     CancelToken cancel)
+    : m_file(std::move(file)), m_pool(std::move(pool)), m_threads(threads), m_cancel(std::move(cancel)),
       // H.264 streams need not say how far they reorder; the other codecs always do.
       m_needs_depth(m_file->Video().codec == "h264") {}
 
@@ -46,7 +48,7 @@ void DecodeRun::TrackOrder(FrameNumber frame) {
 
 Result<void> DecodeRun::Open() {
     if (!m_reader) {
-        auto reader = m_file->MakeUnitReader();
+        auto reader = m_file->MakeUnitReader(m_cancel);
         if (!reader) return reader.Failure();
         m_reader = std::move(reader.Value());
     }
@@ -94,6 +96,7 @@ void DecodeRun::Step(const Chooser& choose, Outcome& outcome) {
             outcome.starved = true;
             return;
         }
+        if (!next && MayPass(next.Failure().kind)) outcome.failure = next.Failure().kind;
         Drain(outcome);
         return;
     }
@@ -112,7 +115,10 @@ void DecodeRun::Step(const Chooser& choose, Outcome& outcome) {
         TrackOrder(frame);
         if (m_depth > m_decoder->ReorderDepth()) {
             // The order is deeper than any seen so far: begin anew with a decoder that holds back more.
-            if (!Start(m_start, m_deliver_from)) outcome.ended = true;
+            const auto started = Start(m_start, m_deliver_from);
+            if (started) return;
+            outcome.ended = true;
+            if (MayPass(started.Failure().kind)) outcome.failure = started.Failure().kind;
             return;
         }
     }
@@ -138,6 +144,7 @@ void DecodeRun::Collect(Outcome& outcome) {
         if (number == kNoFrame || number < m_deliver_from) continue;
         Deliver(frame, number, outcome);
     }
+    if (m_decoder->RanOutOfMemory()) outcome.failure = ErrorKind::OutOfMemory;
 }
 
 void DecodeRun::Deliver(AVFrame* frame, FrameNumber number, Outcome& outcome) {

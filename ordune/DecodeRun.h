@@ -11,6 +11,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace ordune {
@@ -48,11 +49,19 @@ struct RunPosition {
     bool InFlight(FrameNumber frame) const;
 };
 
+// Whether what failed so may succeed another time.
+inline bool MayPass(ErrorKind kind) {
+    return kind == ErrorKind::Io || kind == ErrorKind::OutOfMemory || kind == ErrorKind::Cancelled;
+}
+
 class DecodeRun {
   public:
     using Chooser = std::function<UnitUse(const UnitFacts& facts)>;
 
     struct Outcome {
+        // Why the run ended where its file does not: memory ran out, the file could not be read, or it was
+        // cancelled. What was in flight then may come out another time.
+        std::optional<ErrorKind> failure;
         std::vector<PicturePtr> pictures;
         std::vector<FrameNumber> lost;     // decoded in full, but no picture came out
         std::vector<FrameNumber> left_out; // passed without being decoded
@@ -62,7 +71,8 @@ class DecodeRun {
         void Clear();
     };
 
-    DecodeRun(std::shared_ptr<const MediaFile> file, std::shared_ptr<PicturePool> pool, int threads);
+    DecodeRun(std::shared_ptr<const MediaFile> file, std::shared_ptr<PicturePool> pool, int threads,
+              CancelToken cancel);
 
     // Begins anew at the first unit of a group; pictures before `deliver_from` will not be given out. What
     // was in flight is forgotten.
@@ -87,7 +97,8 @@ class DecodeRun {
     const std::shared_ptr<const MediaFile> m_file;
     const std::shared_ptr<PicturePool> m_pool;
     const int m_threads;
-    const bool m_needs_depth; // whether the decoder has to be told how far pictures are reordered
+    const CancelToken m_cancel; // of reading
+    const bool m_needs_depth;   // whether the decoder has to be told how far pictures are reordered
 
     std::unique_ptr<UnitReader> m_reader;
     std::unique_ptr<PictureDecoder> m_decoder;

@@ -4,11 +4,13 @@
 // Immutable but for an index that still grows; every function may be called from any thread.
 #pragma once
 
+#include "ordune/CancelToken.h"
 #include "ordune/Ffmpeg.h"
 #include "ordune/FileSource.h"
 #include "ordune/FrameTable.h"
 #include "ordune/MediaFile.h"
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -26,9 +28,12 @@ class FileContent {
     MediaTime Origin() const { return m_origin; }
     const FrameTable& Table() const { return *m_table; }
 
-    // A reader of the units through this descriptor of the same file.
-    virtual Result<std::unique_ptr<UnitReader>>
-    MakeUnitReader(std::shared_ptr<const FileSource> file) const = 0;
+    // Whether the index was given up before the file's end for want of memory: not to be kept for others.
+    bool IsShort() const { return m_short.load(std::memory_order_acquire); }
+
+    // A reader of the units through this descriptor of the same file; see MediaFile.
+    virtual Result<std::unique_ptr<UnitReader>> MakeUnitReader(std::shared_ptr<const FileSource> file,
+                                                               CancelToken cancel) const = 0;
 
     // Calls `done` once when the index is complete: now, if it is already, or on the index's thread, with no
     // lock held. The number withdraws it again.
@@ -43,6 +48,9 @@ class FileContent {
     ffmpeg::ParametersPtr m_parameters;
     MediaTime m_origin{0};
     std::shared_ptr<FrameTable> m_table;
+
+    // Atomic; set before the table is complete.
+    std::atomic<bool> m_short{false};
 };
 
 } // namespace ordune

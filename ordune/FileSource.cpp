@@ -1,5 +1,6 @@
 #include "ordune/FileSource.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -9,6 +10,9 @@
 namespace ordune {
 
 namespace {
+
+// What a slow disk or a network still delivers in a moment.
+constexpr std::size_t kPiece = 1 << 20;
 
 FileIdentity IdentityOf(const struct stat& status) {
     FileIdentity identity;
@@ -65,6 +69,21 @@ FileSource::~FileSource() {
 bool FileSource::Unchanged() const {
     struct stat status {};
     return ::fstat(m_descriptor, &status) == 0 && IdentityOf(status) == m_identity;
+}
+
+Result<void> FileSource::ReadWhole(std::int64_t offset, void* buffer, std::size_t count,
+                                   const CancelToken& cancel) const {
+    for (std::size_t done = 0; done < count;) {
+        if (cancel.Cancelled()) return Error{ErrorKind::Cancelled, "reading was given up", m_path};
+        const std::size_t piece = std::min(count - done, kPiece);
+        const std::int64_t got =
+            ReadAt(offset + static_cast<std::int64_t>(done), static_cast<char*>(buffer) + done, piece);
+        if (got < 0) return Error{ErrorKind::Io, "the file cannot be read any more", m_path};
+        if (static_cast<std::size_t>(got) < piece)
+            return Error{ErrorKind::Io, "the file has become shorter while it was open", m_path};
+        done += piece;
+    }
+    return {};
 }
 
 std::int64_t FileSource::ReadAt(std::int64_t offset, void* buffer, std::size_t count) const {

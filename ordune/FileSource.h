@@ -4,6 +4,7 @@
 // functions may be called from any thread; reads carry their own position.
 #pragma once
 
+#include "ordune/CancelToken.h"
 #include "ordune/Error.h"
 
 #include <cstddef>
@@ -41,6 +42,10 @@ class FileSource {
 
     // Reads up to `count` bytes at `offset`; fewer only at the end of the file, -1 when reading failed.
     std::int64_t ReadAt(std::int64_t offset, void* buffer, std::size_t count) const;
+    // Fills the buffer whole, in pieces between which it can be cancelled: Io where the file cannot be read
+    // or has become shorter, or Cancelled.
+    Result<void> ReadWhole(std::int64_t offset, void* buffer, std::size_t count,
+                           const CancelToken& cancel) const;
     int Descriptor() const { return m_descriptor; }
 
   private:

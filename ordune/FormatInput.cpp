@@ -20,7 +20,8 @@ constexpr std::int64_t kProbeTime = 3 * AV_TIME_BASE;
 constexpr int kMostStreams = 64; // a real recording has a handful; a hostile file can claim millions
 
 Error OpenFailure(int code, const FileSource& file) {
-    if (code == AVERROR(ENOMEM)) return ffmpeg::MakeError(code, "cannot open the file", file.Path());
+    if (code == AVERROR(ENOMEM) || code == AVERROR_EXIT)
+        return ffmpeg::MakeError(code, "cannot open the file", file.Path());
     if (file.Size() == 0)
         return {ErrorKind::NotMedia, "the file is empty; record or copy it again", file.Path()};
     if (code == AVERROR(EIO)) return ffmpeg::MakeError(code, "the file cannot be read", file.Path());
@@ -32,8 +33,13 @@ Error OpenFailure(int code, const FileSource& file) {
 
 } // namespace
 
+int FormatInput::Interrupted(void* self) {
+    return static_cast<FormatInput*>(self)->m_cancel.Cancelled() ? 1 : 0;
+}
+
 int FormatInput::Read(void* self, std::uint8_t* buffer, int count) {
     auto* input = static_cast<FormatInput*>(self);
+    if (input->m_cancel.Cancelled()) return AVERROR_EXIT;
     const std::int64_t left = input->m_file->Size() - input->m_position;
     if (left <= 0) return AVERROR_EOF;
     const std::int64_t want = count < left ? count : left;
@@ -65,9 +71,10 @@ std::int64_t FormatInput::Seek(void* self, std::int64_t offset, int whence) {
     return offset;
 }
 
-Result<std::unique_ptr<FormatInput>> FormatInput::Open(std::shared_ptr<const FileSource> file) {
+Result<std::unique_ptr<FormatInput>> FormatInput::Open(std::shared_ptr<const FileSource> file,
+                                                       CancelToken cancel) {
     ffmpeg::QuietLog();
-    std::unique_ptr<FormatInput> input(new FormatInput(std::move(file)));
+    std::unique_ptr<FormatInput> input(new FormatInput(std::move(file), std::move(cancel)));
     const FileSource& source = *input->m_file;
     auto* buffer = static_cast<unsigned char*>(av_malloc(kIoBytes));
     if (!buffer) return ffmpeg::MakeError(AVERROR(ENOMEM), "cannot open the file", source.Path());
@@ -79,6 +86,7 @@ Result<std::unique_ptr<FormatInput>> FormatInput::Open(std::shared_ptr<const Fil
     AVFormatContext* context = avformat_alloc_context();
     if (!context) return ffmpeg::MakeError(AVERROR(ENOMEM), "cannot open the file", source.Path());
     context->pb = input->m_io.get();
+    context->interrupt_callback = {Interrupted, input.get()};
     context->max_streams = kMostStreams;
     AVDictionary* options = nullptr;
     // A playlist or an MP4 with references could name other files and hosts: none may be opened.

@@ -3,12 +3,14 @@
 // Used by one thread at a time.
 #pragma once
 
+#include "ordune/CancelToken.h"
 #include "ordune/Error.h"
 #include "ordune/Ffmpeg.h"
 #include "ordune/FileSource.h"
 
 #include <cstdint>
 #include <memory>
+#include <utility>
 
 struct AVFormatContext;
 struct AVStream;
@@ -19,7 +21,9 @@ class FormatInput {
   public:
     // Recognises the file by its content and reads its headers, no more: no picture is decoded.
     // NotMedia where it is no container that is known, Damaged where one is begun and broken.
-    static Result<std::unique_ptr<FormatInput>> Open(std::shared_ptr<const FileSource> file);
+    // Once cancelled, opening fails with Cancelled, and what reads through the context gets AVERROR_EXIT.
+    static Result<std::unique_ptr<FormatInput>> Open(std::shared_ptr<const FileSource> file,
+                                                     CancelToken cancel = {});
     ~FormatInput();
     FormatInput(const FormatInput&) = delete;
     FormatInput& operator=(const FormatInput&) = delete;
@@ -36,11 +40,14 @@ class FormatInput {
     void FindStreamInfo() const;
 
   private:
-    explicit FormatInput(std::shared_ptr<const FileSource> file) : m_file(std::move(file)) {}
+    FormatInput(std::shared_ptr<const FileSource> file, CancelToken cancel)
+        : m_file(std::move(file)), m_cancel(std::move(cancel)) {}
+    static int Interrupted(void* self);
     static int Read(void* self, std::uint8_t* buffer, int count);
     static std::int64_t Seek(void* self, std::int64_t offset, int whence);
 
-    std::shared_ptr<const FileSource> m_file;
+    const std::shared_ptr<const FileSource> m_file;
+    const CancelToken m_cancel;
     std::int64_t m_position = 0;
     ffmpeg::IoContextPtr m_io; // outlives m_context, which reads through it
     ffmpeg::FormatContextPtr m_context;

@@ -50,9 +50,11 @@ struct FrameReaderOptions {
 class FrameReader {
   public:
     enum class State {
-        Pending,     // not made yet
-        Ready,       // Find gives it
-        Undecodable, // tried from as far back as can matter, and it does not come out
+        Pending, // not made yet
+        Ready,   // Find gives it
+        // Tried from as far back as can matter, and it does not come out. Also, until another frame is
+        // wanted, where memory ran out over it or the file could not be read.
+        Undecodable,
     };
 
     // `progress` is called on the decode thread, with no lock held, whenever a picture was added, a frame was

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace ordune {
 
@@ -40,8 +41,8 @@ class OpenedFile final : public MediaFile {
     const FrameIndex& Index() const override { return m_content->Table(); }
     MediaTime Origin() const override { return m_content->Origin(); }
     const AVCodecParameters* VideoParameters() const override { return m_content->VideoParameters(); }
-    Result<std::unique_ptr<UnitReader>> MakeUnitReader() const override {
-        return m_content->MakeUnitReader(m_file);
+    Result<std::unique_ptr<UnitReader>> MakeUnitReader(CancelToken cancel) const override {
+        return m_content->MakeUnitReader(m_file, std::move(cancel));
     }
 
   private:

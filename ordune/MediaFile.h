@@ -5,6 +5,7 @@
 // which stops and joins the index thread.
 #pragma once
 
+#include "ordune/CancelToken.h"
 #include "ordune/Error.h"
 #include "ordune/FrameIndex.h"
 
@@ -75,8 +76,10 @@ class MediaFile {
     // Parameters for a decoder of the video stream; owned by the file. `video_delay` says how deep the
     // pictures known at opening are reordered, so that the decoder waits as long as it must and no longer.
     virtual const AVCodecParameters* VideoParameters() const = 0;
-    // A reader of its own, with its own file position.
-    virtual Result<std::unique_ptr<UnitReader>> MakeUnitReader() const = 0;
+    // A reader of its own, with its own file position. Once `cancel` is, it gives nothing but failures of the
+    // kind Cancelled, however long what it was doing would have taken.
+    virtual Result<std::unique_ptr<UnitReader>> MakeUnitReader(CancelToken cancel) const = 0;
+    Result<std::unique_ptr<UnitReader>> MakeUnitReader() const { return MakeUnitReader(CancelToken()); }
 };
 
 } // namespace ordune

@@ -65,7 +65,7 @@ int PictureDecoder::GetBuffer(AVCodecContext* context, AVFrame* frame, int flags
 void PictureDecoder::Send(const AVPacket* packet, bool if_referenced) {
     m_context->skip_frame = if_referenced ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
     // A refusal concerns this unit or one before it; which one shows when its picture does not come out.
-    static_cast<void>(avcodec_send_packet(m_context.get(), packet));
+    if (avcodec_send_packet(m_context.get(), packet) == AVERROR(ENOMEM)) m_out_of_memory = true;
 }
 
 void PictureDecoder::Drain() {
@@ -78,6 +78,7 @@ AVFrame* PictureDecoder::Receive() {
     for (int tries = 0; tries < 64; ++tries) {
         const int code = avcodec_receive_frame(m_context.get(), m_frame.get());
         if (code == 0) return m_frame.get();
+        if (code == AVERROR(ENOMEM)) m_out_of_memory = true;
         if (code == AVERROR(EAGAIN) || code == AVERROR_EOF) return nullptr;
     }
     return nullptr;
@@ -85,6 +86,7 @@ AVFrame* PictureDecoder::Receive() {
 
 void PictureDecoder::Reset() {
     avcodec_flush_buffers(m_context.get());
+    m_out_of_memory = false;
 }
 
 } // namespace ordune

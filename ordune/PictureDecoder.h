@@ -43,6 +43,10 @@ class PictureDecoder {
     // Forgets everything that was sent. The next unit must be a key picture.
     void Reset();
 
+    // Whether memory ran out while a unit was decoded, since the last Reset: its picture does not come out
+    // then, nor do those that refer to it come out right.
+    bool RanOutOfMemory() const { return m_out_of_memory; }
+
     int ReorderDepth() const { return m_reorder_depth; }
 
   private:
@@ -54,6 +58,7 @@ class PictureDecoder {
     ffmpeg::FramePtr m_frame;
     ffmpeg::CodecContextPtr m_context;
     int m_reorder_depth = 0;
+    bool m_out_of_memory = false;
 };
 
 } // namespace ordune

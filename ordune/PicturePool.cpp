@@ -134,8 +134,12 @@ struct PicturePool::Store : std::enable_shared_from_this<PicturePool::Store> {
         {
             const std::lock_guard lock(mutex);
             if (!closed && bytes == spare_size && (spare.size() + 1) * bytes <= spare_limit) {
-                spare.push_back(buffer);
-                return;
+                try {
+                    spare.push_back(buffer);
+                    return;
+                } catch (const std::bad_alloc&) {
+                    // Called as a picture ends, where nothing may throw: the buffer is not kept then.
+                }
             }
             total_bytes -= bytes;
         }

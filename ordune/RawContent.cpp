@@ -77,14 +77,17 @@ Result<std::shared_ptr<FileContent>> RawContent::Make(const std::shared_ptr<cons
     // A known frame is one whose headers are whole and that can be decoded rightly; libavcodec conceals what
     // is broken in its slices. Only unusual streams are tried.
     if (!content->m_indexer.FirstSequence()->IsUsual()) {
-        Result<std::unique_ptr<UnitReader>> reader = content->MakeUnitReader(file);
+        Result<std::unique_ptr<UnitReader>> reader = content->MakeUnitReader(file, {});
         if (!reader) return reader.Failure();
         Result<void> seen = ProbeForPicture(*content->m_parameters, *reader.Value(), file->Path());
         if (!seen) return seen.Failure();
     }
     if (more) {
         try {
-            content->m_thread = std::thread([raw = content.get()] { raw->Run(); });
+            content->m_thread = std::thread([raw = content.get()] {
+                pthread_setname_np(pthread_self(), "index");
+                raw->Run();
+            });
         } catch (const std::system_error&) {
             // Without a thread the rest is done here: late, but right.
             content->Run();
@@ -119,16 +122,18 @@ bool RawContent::Describe() {
 }
 
 void RawContent::Run() {
-    pthread_setname_np(pthread_self(), "index");
+    bool more = true;
     try {
-        while (!m_stop.load(std::memory_order_relaxed)) {
-            if (m_indexer.Advance()) continue;
-            Announce();
-            return;
-        }
-    } catch (const std::bad_alloc&) {
-        // The index stays at what it knows; it is short, but not wrong.
+        while (more && !m_stop.load(std::memory_order_relaxed))
+            more = m_indexer.Advance();
+    } catch (...) {
+        // Out of memory, as a rule. What is known is short, but not wrong, and whoever waits for the rest has
+        // to hear that none will come.
+        m_short.store(true, std::memory_order_release);
+        m_table->Finish(m_table->Known());
+        more = false;
     }
+    if (!more) Announce();
 }
 
 void RawContent::Announce() {
@@ -140,7 +145,11 @@ void RawContent::Announce() {
         m_calling = first->first;
         m_waiting.erase(first);
         lock.unlock();
-        call();
+        try {
+            call();
+        } catch (...) {
+            // The caller's own affair; the others are told all the same, and nobody waits for this one.
+        }
         lock.lock();
         m_calling = 0;
         m_called.notify_all();
@@ -166,8 +175,9 @@ void RawContent::Withdraw(std::uint64_t number) {
     m_called.wait(lock, [&] { return m_calling != number; });
 }
 
-Result<std::unique_ptr<UnitReader>> RawContent::MakeUnitReader(std::shared_ptr<const FileSource> file) const {
-    return RawUnitReader::Make(std::move(file), m_table, m_history);
+Result<std::unique_ptr<UnitReader>> RawContent::MakeUnitReader(std::shared_ptr<const FileSource> file,
+                                                               CancelToken cancel) const {
+    return RawUnitReader::Make(std::move(file), m_table, m_history, std::move(cancel));
 }
 
 } // namespace ordune

@@ -29,7 +29,8 @@ class RawContent final : public FileContent {
                                                      std::size_t block = RawIndexer::kBlock);
     ~RawContent() override;
 
-    Result<std::unique_ptr<UnitReader>> MakeUnitReader(std::shared_ptr<const FileSource> file) const override;
+    Result<std::unique_ptr<UnitReader>> MakeUnitReader(std::shared_ptr<const FileSource> file,
+                                                       CancelToken cancel) const override;
     std::uint64_t WhenComplete(std::function<void()> done) override;
     void Withdraw(std::uint64_t number) override;
 

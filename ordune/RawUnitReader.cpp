@@ -21,17 +21,19 @@ constexpr std::int64_t kLargestUnit = 64LL << 20;
 
 Result<std::unique_ptr<UnitReader>> RawUnitReader::Make(std::shared_ptr<const FileSource> file,
                                                         std::shared_ptr<const FrameTable> table,
-                                                        std::shared_ptr<const ParameterHistory> history) {
+                                                        std::shared_ptr<const ParameterHistory> history,
+                                                        CancelToken cancel) {
     ffmpeg::PacketPtr packet = ffmpeg::MakePacket();
     if (!packet) return ffmpeg::MakeError(AVERROR(ENOMEM), "cannot read the file", file->Path());
-    return std::unique_ptr<UnitReader>(
-        new RawUnitReader(std::move(file), std::move(table), std::move(history), std::move(packet)));
+    return std::unique_ptr<UnitReader>(new RawUnitReader(
+        std::move(file), std::move(table), std::move(history), std::move(packet), std::move(cancel)));
 }
 
 RawUnitReader::RawUnitReader(std::shared_ptr<const FileSource> file, std::shared_ptr<const FrameTable> table,
-                             std::shared_ptr<const ParameterHistory> history, ffmpeg::PacketPtr packet)
+                             std::shared_ptr<const ParameterHistory> history, ffmpeg::PacketPtr packet,
+                             CancelToken cancel)
     : m_file(std::move(file)), m_table(std::move(table)), m_history(std::move(history)),
-      m_packet(std::move(packet)) {}
+      m_packet(std::move(packet)), m_cancel(std::move(cancel)) {}
 
 Result<void> RawUnitReader::SeekTo(UnitNumber first_of_group) {
     if (!m_table->BeginsGroup(first_of_group)) {
@@ -54,14 +56,9 @@ Result<std::optional<CodedUnit>> RawUnitReader::Next() {
         av_new_packet(m_packet.get(), static_cast<int>(size + static_cast<std::int64_t>(sets.size())));
     if (code < 0) return ffmpeg::MakeError(code, "cannot read the file", m_file->Path());
     if (!sets.empty()) std::memcpy(m_packet->data, sets.data(), sets.size());
-    const std::int64_t got =
-        m_file->ReadAt(extent.offset_bytes, m_packet->data + sets.size(), static_cast<std::size_t>(size));
-    if (got < size) {
-        return Error{ErrorKind::Io,
-                     got < 0 ? "the file cannot be read any more"
-                             : "the file has become shorter while it was open",
-                     m_file->Path()};
-    }
+    const Result<void> read = m_file->ReadWhole(extent.offset_bytes, m_packet->data + sets.size(),
+                                                static_cast<std::size_t>(size), m_cancel);
+    if (!read) return read.Failure();
     m_after_seek = false;
     CodedUnit unit;
     unit.packet = m_packet.get();

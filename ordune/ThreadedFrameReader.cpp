@@ -44,11 +44,13 @@ ThreadedFrameReader::ThreadedFrameReader(std::shared_ptr<const MediaFile> file,
                                          const FrameReaderOptions& options, std::function<void()> progress)
     : m_file(std::move(file)), m_options(options), m_progress(std::move(progress)),
       m_pool(std::make_shared<PicturePool>(std::max(kLeastSpareBytes, options.cache_bytes / kSpareShare))),
-      m_fore(std::make_unique<DecodeRun>(m_file, m_pool, options.threads)),
-      m_back(std::make_unique<DecodeRun>(m_file, m_pool, options.threads)),
+      m_fore(std::make_unique<DecodeRun>(m_file, m_pool, options.threads, m_cancel)),
+      m_back(std::make_unique<DecodeRun>(m_file, m_pool, options.threads, m_cancel)),
       m_picture_bytes(GuessPictureBytes(m_file->Video())), m_cache(options.cache_bytes) {}
 
 ThreadedFrameReader::~ThreadedFrameReader() {
+    // First: a read on the way ends with it, so that the thread comes to see the rest.
+    m_cancel.Cancel();
     {
         const std::lock_guard lock(m_mutex);
         m_stop = true;
@@ -95,6 +97,7 @@ FrameReader::State ThreadedFrameReader::StateOf(FrameNumber frame) const {
     const std::lock_guard lock(m_mutex);
     if (m_cache.Has(frame)) return State::Ready;
     if (m_tried.Undecodable(frame)) return State::Undecodable;
+    if (m_stalled == m_generation && frame == m_want.frame) return State::Undecodable;
     // Playing does not go back for a picture that did not come out.
     if (!m_want.exact && m_tried.Failed(frame)) return State::Undecodable;
     return State::Pending;
@@ -140,30 +143,45 @@ bool ThreadedFrameReader::TakeWant() {
 }
 
 void ThreadedFrameReader::Work() {
-    while (TakeWant()) {
-        if (m_current.exact)
-            m_left_out.clear();
-        else
-            m_left_out.erase(m_left_out.begin(), m_left_out.lower_bound(m_current.frame));
-        const ReadState state{m_file->Index(),    m_cache,   m_tried,      m_left_out,   m_fore->Position(),
-                              m_back->Position(), m_current, m_room.ahead, m_room.behind};
-        const ReadAction action = m_planner.Next(state);
-        switch (action.kind) {
-        case ReadAction::Kind::Rest:
-            Rest(false);
-            break;
-        case ReadAction::Kind::AwaitIndex:
-            Rest(true);
-            break;
-        case ReadAction::Kind::GiveUp:
-            GiveUp(action.needed);
-            break;
-        case ReadAction::Kind::Decode:
-        case ReadAction::Kind::DecodeKey:
-        case ReadAction::Kind::Drain:
-            Do(action, state);
-            break;
+    for (;;) {
+        bool more = false;
+        bool failed = false;
+        try {
+            more = TakeWant();
+            if (more) Turn();
+        } catch (...) {
+            failed = true;
         }
+        if (failed)
+            Recover();
+        else if (!more)
+            return;
+    }
+}
+
+void ThreadedFrameReader::Turn() {
+    if (m_current.exact)
+        m_left_out.clear();
+    else
+        m_left_out.erase(m_left_out.begin(), m_left_out.lower_bound(m_current.frame));
+    const ReadState state{m_file->Index(),    m_cache,   m_tried,      m_left_out,   m_fore->Position(),
+                          m_back->Position(), m_current, m_room.ahead, m_room.behind};
+    const ReadAction action = m_planner.Next(state);
+    switch (action.kind) {
+    case ReadAction::Kind::Rest:
+        Rest(false);
+        break;
+    case ReadAction::Kind::AwaitIndex:
+        Rest(true);
+        break;
+    case ReadAction::Kind::GiveUp:
+        GiveUp(action.needed);
+        break;
+    case ReadAction::Kind::Decode:
+    case ReadAction::Kind::DecodeKey:
+    case ReadAction::Kind::Drain:
+        Do(action, state);
+        break;
     }
 }
 
@@ -176,17 +194,27 @@ void ThreadedFrameReader::Do(ReadAction action, const ReadState& state) {
     if (action.start) {
         const auto started = run.Start(*action.start, action.deliver_from);
         if (!started) {
-            GiveUp(action.needed);
+            if (MayPass(started.Failure().kind))
+                Stall();
+            else
+                GiveUp(action.needed);
             return;
         }
     }
     Advance(run, action, state);
     const RunPosition after = run.Position();
     const bool starved = m_outcome.starved;
+    const bool failed = m_outcome.failure.has_value();
     const bool never_reached = m_outcome.ended && action.kind == ReadAction::Kind::Decode &&
                                state.index.UnitOf(action.needed) >= after.next;
     Publish(after.start);
-    // The file ends, or cannot be read, before the unit that the index has of it.
+    if (failed) {
+        // The decoder too: it may be what memory lacks for, or lack a picture itself.
+        run.Release();
+        Stall();
+        return;
+    }
+    // The file ends before the unit that the index has of it.
     if (never_reached) GiveUp(action.needed);
     if (starved) Rest(true);
 }
@@ -217,7 +245,7 @@ void ThreadedFrameReader::Publish(UnitNumber run_start) {
         }
         if (!m_current.exact) m_cache.DropBehind(dropped);
         for (const FrameNumber frame : m_outcome.lost) {
-            if (!m_cache.Has(frame))
+            if (!m_outcome.failure && !m_cache.Has(frame))
                 m_tried.Fail(frame, ReadPlanner::ReachOf(m_file->Index(), run_start, frame));
         }
     }
@@ -232,6 +260,31 @@ void ThreadedFrameReader::GiveUp(FrameNumber frame) {
         m_tried.Fail(frame, Reach::Start);
     }
     if (m_progress) m_progress();
+}
+
+void ThreadedFrameReader::Stall() {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_stalled = m_seen;
+    }
+    if (m_progress) m_progress();
+    Rest(false);
+}
+
+void ThreadedFrameReader::Recover() {
+    // Nothing in here asks for memory.
+    m_outcome.Clear();
+    m_left_out.clear();
+    m_planner = ReadPlanner();
+    m_fore->Release();
+    m_back->Release();
+    m_pool->Trim();
+    try {
+        Stall();
+    } catch (...) {
+        // What `progress` throws; it has been told.
+        Rest(false);
+    }
 }
 
 void ThreadedFrameReader::Rest(bool for_index) {

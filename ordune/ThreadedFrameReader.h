@@ -2,8 +2,8 @@
 //
 // The thread asks the planner for one unit's worth of work at a time, does it with no lock held, puts what
 // came out into the cache under the lock, and tells the owner. It starts with Begin and is joined by the
-// destructor, which waits for one unit at most. Lock order: there is one lock, and nothing is called with it
-// held but the index's queries.
+// destructor, which cancels what is being read and waits for one unit at most. Lock order: there is one lock,
+// and nothing is called with it held but the index's queries.
 #pragma once
 
 #include "ordune/DecodeRun.h"
@@ -52,15 +52,21 @@ class ThreadedFrameReader final : public FrameReader {
     };
 
     void Work();
+    // One piece of work for the want taken over.
+    void Turn();
     // Takes over the newest want; false when the reader is to end.
     bool TakeWant();
     Room RoomFor(const Want& want, FrameNumber stride) const;
     void Do(ReadAction action, const ReadState& state);
-    void Start(DecodeRun& run, const ReadAction& action);
     void Advance(DecodeRun& run, const ReadAction& action, const ReadState& state);
     // Puts what came out of the run into the cache and tells the owner.
     void Publish(UnitNumber run_start);
     void GiveUp(FrameNumber frame);
+    // The wanted frame cannot be had for now: memory ran out, or the file could not be read. It is tried
+    // again with the next want; until that comes, the thread rests.
+    void Stall();
+    // After an exception, out of memory as a rule: gives back what can be made again, and stalls.
+    void Recover();
     // Until the want changes; with `for_index` also for a moment in which the index may have grown.
     void Rest(bool for_index);
 
@@ -68,7 +74,8 @@ class ThreadedFrameReader final : public FrameReader {
     const std::shared_ptr<const MediaFile> m_file;
     const FrameReaderOptions m_options;
     const std::function<void()> m_progress;
-    const std::shared_ptr<PicturePool> m_pool; // thread-safe
+    const std::shared_ptr<PicturePool> m_pool;        // thread-safe
+    const CancelToken m_cancel = CancelToken::Make(); // thread-safe; tripped by the end
 
     // ---- decode thread only ----
     std::unique_ptr<DecodeRun> m_fore;
@@ -91,6 +98,7 @@ class ThreadedFrameReader final : public FrameReader {
     Want m_want;
     FrameNumber m_stride = 0;       // how far the last two wants of one play were apart
     std::uint64_t m_generation = 0; // of m_want; 0 before the first
+    std::uint64_t m_stalled = 0;    // generation whose frame cannot be had for now; 0 for none
     bool m_stop = false;
 
     std::thread m_thread; // owner's thread only

@@ -45,15 +45,18 @@ bool Gate::AwaitReaderWaiting() {
     return m_changed.wait_for(lock, std::chrono::seconds(20), [this] { return m_waiting; });
 }
 
-void Gate::Pass(UnitNumber unit) {
+bool Gate::Pass(UnitNumber unit, const CancelToken& cancel) {
     std::unique_lock lock(m_mutex);
     while (m_limited && m_allowed == 0) {
         m_waiting = true;
         m_changed.notify_all();
-        m_changed.wait(lock);
+        if (cancel.Cancelled()) return false;
+        // Nobody tells of a cancellation.
+        m_changed.wait_for(lock, std::chrono::milliseconds(10));
     }
     if (m_limited) --m_allowed;
     m_read.push_back(unit);
+    return true;
 }
 
 void Gate::Seek(UnitNumber unit) {
@@ -260,8 +263,8 @@ namespace {
 
 class ScriptedReader final : public UnitReader {
   public:
-    ScriptedReader(const ScriptedMedia& media, std::shared_ptr<AVPacket> packet)
-        : m_media(media), m_packet(std::move(packet)) {}
+    ScriptedReader(const ScriptedMedia& media, std::shared_ptr<AVPacket> packet, CancelToken cancel)
+        : m_media(media), m_packet(std::move(packet)), m_cancel(std::move(cancel)) {}
 
     Result<void> SeekTo(UnitNumber first_of_group) override {
         m_media.TheGate().Seek(first_of_group);
@@ -271,7 +274,10 @@ class ScriptedReader final : public UnitReader {
 
     Result<std::optional<CodedUnit>> Next() override {
         if (m_next >= m_media.KnownUnits()) return Result<std::optional<CodedUnit>>(std::nullopt);
-        m_media.TheGate().Pass(m_next);
+        if (const std::optional<ErrorKind> failure = m_media.failure.load())
+            return Error{*failure, "scripted", m_media.Path()};
+        if (!m_media.TheGate().Pass(m_next, m_cancel))
+            return Error{ErrorKind::Cancelled, "scripted", m_media.Path()};
         const ScriptedUnit& unit = m_media.units[m_next];
         av_packet_unref(m_packet.get());
         CheckAv(av_packet_ref(m_packet.get(), unit.packet.get()), "packet");
@@ -284,14 +290,15 @@ class ScriptedReader final : public UnitReader {
   private:
     const ScriptedMedia& m_media;
     std::shared_ptr<AVPacket> m_packet;
+    CancelToken m_cancel;
     UnitNumber m_next = 0;
 };
 
 } // namespace
 
-Result<std::unique_ptr<UnitReader>> ScriptedMedia::MakeUnitReader() const {
+Result<std::unique_ptr<UnitReader>> ScriptedMedia::MakeUnitReader(CancelToken cancel) const {
     return Result<std::unique_ptr<UnitReader>>(
-        std::make_unique<ScriptedReader>(*this, Share(av_packet_alloc())));
+        std::make_unique<ScriptedReader>(*this, Share(av_packet_alloc()), std::move(cancel)));
 }
 
 std::string SumOf(const AVFrame* frame) {

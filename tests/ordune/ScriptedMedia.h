@@ -10,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -46,7 +47,8 @@ class Gate {
     bool AwaitReaderWaiting();
 
     // For the reader.
-    void Pass(UnitNumber unit);
+    // False when the reading was cancelled meanwhile.
+    bool Pass(UnitNumber unit, const CancelToken& cancel);
     void Seek(UnitNumber unit);
 
     std::vector<UnitNumber> UnitsRead() const;
@@ -92,7 +94,11 @@ class ScriptedMedia final : public MediaFile, public FrameIndex {
     const FrameIndex& Index() const override { return *this; }
     MediaTime Origin() const override { return MediaTime{0}; }
     const AVCodecParameters* VideoParameters() const override { return m_parameters.get(); }
-    Result<std::unique_ptr<UnitReader>> MakeUnitReader() const override;
+    using MediaFile::MakeUnitReader;
+    Result<std::unique_ptr<UnitReader>> MakeUnitReader(CancelToken cancel) const override;
+
+    // While it is set, every read fails so.
+    mutable std::atomic<std::optional<ErrorKind>> failure{std::nullopt};
 
     bool Complete() const override { return m_known.load() == kNoFrame; }
     FrameNumber Known() const override { return std::min(m_known.load(), Total()); }
