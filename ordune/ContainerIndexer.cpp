@@ -21,8 +21,10 @@ namespace {
 constexpr std::size_t kMostUnits = 64'000'000;
 // Times beyond this are damage; within it, differences and sums of two do not overflow.
 constexpr std::int64_t kFarthestTicks = std::int64_t{1} << 60;
-// How often an edit list may go back in the track before the tables are no longer followed.
+// How often an edit list may go back in the track before the tables are no longer followed, and how many
+// samples may be passed over for it: a second's worth.
 constexpr int kMostRestarts = 64;
+constexpr std::uint64_t kMostPassedOver = 50'000'000;
 
 struct Gathered {
     ContainerUnits units;
@@ -59,6 +61,7 @@ std::optional<Gathered> GatherFromTables(const FormatInput& input, AVStream* vid
     gathered.units.reserve(static_cast<std::size_t>(count));
     SampleTable::Cursor cursor(*table);
     int restarts = 0;
+    std::uint64_t passed_over = 0;
     for (int i = 0; i < count; ++i) {
         const AVIndexEntry* entry = avformat_index_get_entry(video, i);
         if (!entry) return std::nullopt;
@@ -66,6 +69,7 @@ std::optional<Gathered> GatherFromTables(const FormatInput& input, AVStream* vid
         // Entries follow the samples; an edit list leaves some out, or begins again further back.
         while (!sample || sample->offset_bytes != entry->pos ||
                sample->size_bytes != static_cast<std::uint32_t>(entry->size)) {
+            if (++passed_over > kMostPassedOver) return std::nullopt;
             if (!sample) {
                 if (++restarts > kMostRestarts) return std::nullopt;
                 cursor = SampleTable::Cursor(*table);

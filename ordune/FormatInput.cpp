@@ -1,5 +1,7 @@
 #include "ordune/FormatInput.h"
 
+#include "ordune/Mp4Claims.h"
+
 extern "C" {
 #include <libavformat/avformat.h>
 #include <libavutil/dict.h>
@@ -76,6 +78,10 @@ Result<std::unique_ptr<FormatInput>> FormatInput::Open(std::shared_ptr<const Fil
     ffmpeg::QuietLog();
     std::unique_ptr<FormatInput> input(new FormatInput(std::move(file), std::move(cancel)));
     const FileSource& source = *input->m_file;
+    if (IsTooMuch(CountClaimedSamples(source), source.Size())) {
+        return Error{ErrorKind::Damaged,
+                     "the file claims to hold more pictures or sound than it has room for", source.Path()};
+    }
     auto* buffer = static_cast<unsigned char*>(av_malloc(kIoBytes));
     if (!buffer) return ffmpeg::MakeError(AVERROR(ENOMEM), "cannot open the file", source.Path());
     input->m_io.reset(avio_alloc_context(buffer, kIoBytes, 0, input.get(), Read, nullptr, Seek));

@@ -3,6 +3,7 @@
 #include "ordune/ContentCache.h"
 #include "ordune/FrameTable.h"
 #include "ordune/MediaFile.h"
+#include "ordune/Mp4Claims.h"
 #include "ordune/NalScanner.h"
 #include "ordune/UnitInspector.h"
 #include "tests/ordune/MediaFolder.h"
@@ -204,6 +205,62 @@ TEST(Times, BeyondBeliefLeaveTheirUnitsOut) {
         const FrameIndex& index = opened.Value()->Index();
         EXPECT_GE(index.Total(), 300U);
         EXPECT_LE(index.Duration(), MediaTime(60'000'000)) << static_cast<int>(first);
+    }
+    ::unlink(path.c_str());
+}
+
+TEST(Claims, BeyondTheFilesSizeAreRefusedBeforeRoomIsMadeForThem) {
+    if (Recordings().empty()) GTEST_SKIP() << "no recordings in " << TALVIO_MEDIA_DIR;
+    const std::string path = std::string(TALVIO_TEST_WORK_DIR) + "/claims.mp4";
+    const auto refused = [&](const char* name, const char* box, const Bytes& content_of_box) {
+        std::ifstream file(RecordingPath(name), std::ios::binary);
+        std::string content{std::istreambuf_iterator<char>(file), {}};
+        const std::size_t at = content.find(box);
+        ASSERT_NE(at, std::string::npos);
+        std::copy(content_of_box.begin(), content_of_box.end(),
+                  content.begin() + static_cast<std::ptrdiff_t>(at + 4));
+        std::ofstream(path, std::ios::binary) << content;
+        const auto opened = MediaFile::Open(path);
+        ASSERT_FALSE(opened);
+        EXPECT_EQ(opened.Failure().kind, ErrorKind::Damaged) << opened.Failure().text;
+    };
+    // 150 million samples of a byte each; as many in a fragment, all by default.
+    refused("mp4/sample.mp4", "stsz", {0, 0, 0, 0, 0, 0, 0, 1, 8, 0xf0, 0xd1, 0x80});
+    refused("mp4/sample_fragmented.mp4", "trun", {0, 0, 0, 0, 8, 0xf0, 0xd1, 0x80});
+    ::unlink(path.c_str());
+}
+
+TEST(Claims, OfHoursOfPlainSoundAreBelieved) {
+    const auto put = [](std::string& bytes, std::uint32_t value) {
+        for (const int shift : {24, 16, 8, 0})
+            bytes.push_back(static_cast<char>(value >> shift));
+    };
+    const auto box = [&](const char* name, const std::string& inside) {
+        std::string bytes;
+        put(bytes, static_cast<std::uint32_t>(inside.size() + 8));
+        return bytes + name + inside;
+    };
+    const auto numbers = [&](std::initializer_list<std::uint32_t> values, std::size_t more = 0) {
+        std::string bytes;
+        for (const std::uint32_t value : values)
+            put(bytes, value);
+        return bytes + std::string(more, '\0');
+    };
+    const std::string sound = box("hdlr", numbers({0, 0}) + "soun" + std::string(12, '\0'));
+    // Eight hours at 48000 a second, a chunk a second.
+    const std::string tables = box("stts", numbers({0, 1, 1'382'400'000, 1})) +
+                               box("stsz", numbers({0, 1, 1'382'400'000})) +
+                               box("stsc", numbers({0, 1, 1, 48'000, 1})) +
+                               box("stco", numbers({0, 28'800}, std::size_t{4} * 28'800));
+    const std::string path = std::string(TALVIO_TEST_WORK_DIR) + "/plain-sound.mov";
+    for (const bool plain : {true, false}) {
+        const std::string media = (plain ? sound : "") + box("minf", box("stbl", tables));
+        std::ofstream(path, std::ios::binary) << box("moov", box("trak", box("mdia", media)));
+        const auto file = FileSource::Open(path);
+        ASSERT_TRUE(file);
+        const std::uint64_t samples = CountClaimedSamples(*file.Value());
+        EXPECT_EQ(samples, plain ? 28'800U * 47U : 1'382'400'000U);
+        EXPECT_EQ(IsTooMuch(samples, 5'529'600'000), !plain);
     }
     ::unlink(path.c_str());
 }
