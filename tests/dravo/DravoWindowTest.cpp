@@ -1,0 +1,196 @@
+// Playing into windows of a real X server: what is to be seen there, read back from its pixels.
+#include "tests/dravo/ScreenFixture.h"
+
+namespace {
+
+using namespace dravo_tests;
+
+constexpr Place kFirst{0, 0, 320, 180};
+constexpr Place kSecond{400, 0, 320, 180};
+
+// The long film goes on for as long as any of these tests.
+const std::string& LongFilm() {
+    return Clip("window.mp4", {.frames = 1500, .keyInterval = 25, .bFrames = 2});
+}
+
+class WindowTest : public ScreenTest {};
+
+TEST_F(WindowTest, ThePictureToBeSeenWhilePausedIsTheCurrentFrame) {
+    const OpenPort port(LongFilm());
+    const xcb_window_t window = MakeWindow(kFirst);
+    ASSERT_TRUE(Dravo_Play(port, window));
+    ASSERT_TRUE(support::WaitUntil([&] { return port.Pictures().Last() >= 7; }, 10s));
+    ASSERT_TRUE(Dravo_Pause(port, 1));
+    EXPECT_TRUE(Shows(kFirst, Dravo_GetCurrentFrameNum(port)));
+    for (const unsigned long frame : {0UL, 137UL, 1499UL, 26UL}) {
+        ASSERT_TRUE(Dravo_SetCurrentFrameNum(port, frame));
+        EXPECT_TRUE(Shows(kFirst, frame)) << frame;
+        EXPECT_EQ(Dravo_GetCurrentFrameNum(port), frame);
+    }
+    ASSERT_TRUE(Dravo_OneByOne(port));
+    EXPECT_TRUE(Shows(kFirst, 27));
+    ASSERT_TRUE(Dravo_OneByOneBack(port));
+    ASSERT_TRUE(Dravo_OneByOneBack(port));
+    EXPECT_TRUE(Shows(kFirst, 25));
+}
+
+TEST_F(WindowTest, ThePictureMovesOnWhilePlayingAndNeverBack) {
+    const OpenPort port(LongFilm());
+    ASSERT_TRUE(Dravo_Play(port, MakeWindow(kFirst)));
+    std::vector<int> seen;
+    ASSERT_TRUE(support::WaitUntil(
+        [&] {
+            const int code = CodeAt(kFirst);
+            if (code >= 0 && (seen.empty() || code != seen.back())) seen.push_back(code);
+            return seen.size() >= 12;
+        },
+        20s));
+    for (std::size_t index = 1; index < seen.size(); ++index)
+        EXPECT_GT(seen[index], seen[index - 1]);
+}
+
+TEST_F(WindowTest, PlayingGoesOnInAnotherWindow) {
+    const OpenPort port(LongFilm());
+    const xcb_window_t first = MakeWindow(kFirst);
+    const xcb_window_t second = MakeWindow(kSecond);
+    ASSERT_TRUE(Dravo_Play(port, first));
+    ASSERT_TRUE(Advances(kFirst));
+    const int before = CodeAt(kFirst);
+    ASSERT_TRUE(Dravo_Play(port, second));
+    EXPECT_TRUE(Advances(kSecond));
+    EXPECT_GE(CodeAt(kSecond), before) << "it did not begin anew";
+    EXPECT_TRUE(ShowsBackground(kFirst)) << "the first one is its owner's again";
+    ASSERT_TRUE(Dravo_Play(port, 0));
+    EXPECT_TRUE(ShowsBackground(kSecond));
+    port.Pictures().Clear();
+    EXPECT_TRUE(support::WaitUntil([&] { return port.Pictures().Count() >= 3; }, 10s)) << "without drawing";
+}
+
+TEST_F(WindowTest, APausedPictureMovesToAnotherWindowAndStaysPaused) {
+    const OpenPort port(LongFilm());
+    const xcb_window_t second = MakeWindow(kSecond);
+    PlayHalted(port, MakeWindow(kFirst), kFirst, 40);
+    ASSERT_TRUE(Dravo_Play(port, second));
+    EXPECT_TRUE(Shows(kSecond, 40));
+    EXPECT_TRUE(ShowsBackground(kFirst));
+    EXPECT_EQ(Dravo_GetCurrentFrameNum(port), 40U);
+    EXPECT_FALSE(support::WaitUntil([&] { return Dravo_GetCurrentFrameNum(port) != 40; }, 300ms));
+    EXPECT_EQ(CodeAt(kSecond), 40);
+    ASSERT_TRUE(Dravo_OneByOne(port));
+    EXPECT_TRUE(Shows(kSecond, 41));
+}
+
+TEST_F(WindowTest, AnIdThatIsNoWindowFailsAndLeavesTheOutputAlone) {
+    constexpr unsigned int kNoWindow = 0x1FFFFFFF;
+    const OpenPort port(LongFilm());
+    EXPECT_FALSE(Dravo_Play(port, kNoWindow));
+    EXPECT_FALSE(Dravo_Pause(port, 1)) << "the port is still stopped";
+    const xcb_window_t window = MakeWindow(kFirst);
+    ASSERT_TRUE(Dravo_Play(port, window));
+    ASSERT_TRUE(Advances(kFirst));
+    EXPECT_FALSE(Dravo_Play(port, kNoWindow));
+    EXPECT_TRUE(Advances(kFirst));
+    ASSERT_TRUE(Dravo_Pause(port, 1));
+    EXPECT_FALSE(Dravo_Play(port, kNoWindow));
+    ASSERT_TRUE(Dravo_SetCurrentFrameNum(port, 300));
+    EXPECT_TRUE(Shows(kFirst, 300));
+}
+
+TEST_F(WindowTest, ADestroyedWindowEndsTheDrawingAndNothingElse) {
+    const OpenPort port(LongFilm());
+    const xcb_window_t window = MakeWindow(kFirst);
+    ASSERT_TRUE(Dravo_Play(port, window));
+    ASSERT_TRUE(Advances(kFirst));
+    m_screen.Destroy(window);
+    port.Pictures().Clear();
+    ASSERT_TRUE(support::WaitUntil([&] { return port.Pictures().Count() >= 10; }, 10s));
+    ASSERT_TRUE(Dravo_Play(port, MakeWindow(kSecond)));
+    EXPECT_TRUE(Advances(kSecond));
+    ASSERT_TRUE(Dravo_Stop(port));
+    EXPECT_TRUE(ShowsBackground(kSecond));
+}
+
+TEST_F(WindowTest, StopWorksAfterTheWindowWasDestroyed) {
+    const OpenPort port(LongFilm());
+    const xcb_window_t window = MakeWindow(kFirst);
+    ASSERT_TRUE(Dravo_Play(port, window));
+    ASSERT_TRUE(Advances(kFirst));
+    m_screen.Destroy(window);
+    EXPECT_TRUE(Dravo_Stop(port));
+    PlayHalted(port, MakeWindow(kSecond), kSecond, 12);
+}
+
+TEST_F(WindowTest, APausedPictureFollowsTheWindowsSizeAndPlace) {
+    const OpenPort port(LongFilm());
+    const xcb_window_t window = MakeWindow(kFirst);
+    PlayHalted(port, window, kFirst, 33);
+    for (const Place& place :
+         {Place{100, 200, 640, 360}, Place{10, 10, 320, 180}, Place{600, 500, 480, 270}}) {
+        m_screen.Place(window, place.x, place.y, place.width, place.height);
+        EXPECT_TRUE(Shows(place, 33)) << place.width;
+    }
+    // A window of another shape: the picture is in its middle, black above and below.
+    m_screen.Place(window, 0, 0, 320, 380);
+    EXPECT_TRUE(Shows({0, 100, 320, 180}, 33));
+    EXPECT_TRUE(m_screen.WaitForPixel(160, 50, 0x000000));
+    EXPECT_TRUE(m_screen.WaitForPixel(160, 330, 0x000000));
+}
+
+TEST_F(WindowTest, APausedPictureComesBackWhereItWasCoveredOrHidden) {
+    const OpenPort port(LongFilm());
+    const xcb_window_t window = MakeWindow(kFirst);
+    PlayHalted(port, window, kFirst, 55);
+    const Grab before = See(kFirst);
+    for (int round = 0; round < 5; ++round) {
+        const xcb_window_t cover = m_screen.MakeWindow(0, 0, 200, 100, 0x123456);
+        ASSERT_TRUE(m_screen.WaitForPixel(50, 50, 0x123456));
+        m_screen.Destroy(cover);
+        EXPECT_TRUE(support::WaitUntil([&] { return See(kFirst) == before; }, 10s)) << round;
+    }
+    m_screen.Unmap(window);
+    ASSERT_NE(CodeAt(kFirst), 55);
+    m_screen.Map(window);
+    EXPECT_TRUE(support::WaitUntil([&] { return See(kFirst) == before; }, 10s));
+}
+
+TEST_F(WindowTest, AfterStopTheWindowShowsItsOwnersContent) {
+    const OpenPort port(LongFilm());
+    const xcb_window_t window = MakeWindow(kFirst);
+    for (int round = 0; round < 3; ++round) {
+        ASSERT_TRUE(Dravo_Play(port, window));
+        ASSERT_TRUE(Advances(kFirst));
+        ASSERT_TRUE(Dravo_Stop(port));
+        EXPECT_TRUE(ShowsBackground(kFirst));
+        EXPECT_TRUE(m_screen.ChildrenOf(window).empty());
+    }
+    PlayHalted(port, window, kFirst, 3);
+    ASSERT_TRUE(Dravo_CloseFile(port));
+    EXPECT_TRUE(ShowsBackground(kFirst)) << "closing does it too";
+}
+
+TEST_F(WindowTest, RefreshDrawsThePausedPictureAgainAndSucceedsWithoutOne) {
+    const OpenPort port(LongFilm());
+    EXPECT_TRUE(Dravo_RefreshPlay(port)) << "no picture yet";
+    PlayHalted(port, MakeWindow(kFirst), kFirst, 8);
+    EXPECT_TRUE(Dravo_RefreshPlay(port));
+    EXPECT_TRUE(Dravo_RefreshPlayEx(port, 0));
+    EXPECT_TRUE(Shows(kFirst, 8));
+    ASSERT_TRUE(Dravo_Stop(port));
+    EXPECT_TRUE(Dravo_RefreshPlay(port)) << "stopped";
+    EXPECT_TRUE(ShowsBackground(kFirst));
+}
+
+TEST_F(WindowTest, TwoPortsKeepToTheirWindows) {
+    const OpenPort first(LongFilm());
+    const OpenPort second(LongFilm());
+    PlayHalted(first, MakeWindow(kFirst), kFirst, 100);
+    PlayHalted(second, MakeWindow(kSecond), kSecond, 200);
+    ASSERT_TRUE(Dravo_OneByOne(first));
+    EXPECT_TRUE(Shows(kFirst, 101));
+    EXPECT_EQ(CodeAt(kSecond), 200);
+    ASSERT_TRUE(Dravo_Stop(first));
+    EXPECT_TRUE(ShowsBackground(kFirst));
+    EXPECT_EQ(CodeAt(kSecond), 200);
+}
+
+} // namespace
