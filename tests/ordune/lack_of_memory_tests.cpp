@@ -37,6 +37,9 @@ bool IsRefused() {
     if (!memory) throw std::bad_alloc();
     return memory;
 }
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return IsRefused() ? nullptr : std::malloc(size > 0 ? size : 1);
+}
 [[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
