@@ -85,11 +85,9 @@ void CTalvioDlg::PlayProcess() {
     const int nState = m_pOperate->GetCurrentState();
     if (nState != COperate::kPlaying && nState != COperate::kPaused) return;
 
-    if (m_nPlayMode == 1) {
-        Stop();
-    } else if (m_nPlayMode == 3) {
+    if (m_nPlayMode == 3) {
         Start();
-    } else if (m_pListBox->count() == 0) {
+    } else if (m_nPlayMode == 1 || m_pListBox->count() == 0) {
         Stop();
     } else if (!OpenNext()) {
         if (m_nPlayMode == 4) {

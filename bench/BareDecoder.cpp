@@ -1,6 +1,7 @@
 #include "bench/BareDecoder.h"
 
 #include <chrono>
+#include <cmath>
 #include <stdexcept>
 #include <vector>
 
@@ -98,7 +99,7 @@ bool BareDecoder::JumpTo(double seconds) {
     Parts& parts = *m_parts;
     const AVStream* video = parts.Video();
     const std::int64_t start = video->start_time == AV_NOPTS_VALUE ? 0 : video->start_time;
-    const auto target = start + static_cast<std::int64_t>(seconds / av_q2d(video->time_base) + 0.5);
+    const auto target = start + std::llround(seconds / av_q2d(video->time_base));
     const auto half_frame = static_cast<std::int64_t>(0.5 / FramesPerSecond() / av_q2d(video->time_base));
     if (av_seek_frame(parts.format, parts.stream, target, AVSEEK_FLAG_BACKWARD) < 0) return false;
     avcodec_flush_buffers(parts.codec);

@@ -29,6 +29,8 @@ constexpr unsigned kRecoveryPoint = 6;
 
 } // namespace
 
+RawIndexer::Picture::Picture() = default;
+
 RawIndexer::RawIndexer(std::shared_ptr<const FileSource> file, FrameTable& table, ParameterHistory& history,
                        std::size_t block)
     : m_file(std::move(file)), m_table(table), m_history(history), m_output(table),

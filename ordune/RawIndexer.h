@@ -59,6 +59,10 @@ class RawIndexer {
   private:
     // The picture or pair of fields being gathered.
     struct Picture {
+        // Defined outside, since members with initialisers cannot be asked for inside the class by every
+        // compiler.
+        Picture();
+
         std::int64_t offset_bytes = 0;
         SliceHeader slice; // the last one of it
         OutputOrder::Unit unit;

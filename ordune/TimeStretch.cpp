@@ -34,8 +34,10 @@ struct GraphFree {
 // The steps as libavfilter's graph language has them.
 std::string Steps(double tempo) {
     std::string steps;
-    for (; tempo > kFastestStep; tempo /= kFastestStep)
+    while (tempo > kFastestStep) {
         steps += "atempo=" + std::to_string(kFastestStep) + ",";
+        tempo /= kFastestStep;
+    }
     return steps + "atempo=" + std::to_string(tempo);
 }
 
