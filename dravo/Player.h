@@ -144,6 +144,8 @@ class Player {
     void Redirect(ordune::FrameNumber frame, ordune::Direction direction, std::uint64_t epoch);
     Next PlayOn(std::uint64_t epoch);
     Next AtEnd(std::uint64_t epoch);
+    bool EndingTakesTooLong(std::uint64_t epoch);
+    Next End(std::uint64_t epoch);
     void WantAhead(ordune::FrameNumber frame);
     int BrightnessCorrection(const ordune::Picture& picture, bool arrived);
     bool Commit(const ordune::PicturePtr& picture, std::uint64_t epoch, bool arrived);
@@ -204,6 +206,7 @@ class Player {
     EffortGovernor m_governor;
     std::uint64_t m_governed_epoch = ~std::uint64_t{0};
     WallTime m_last_shown{};
+    std::optional<WallTime> m_ending_until; // while the last picture is sought after the film's end
     ordune::PlanarCopy m_planar;
     bool m_index_told = false;
     int m_told_width = 0;

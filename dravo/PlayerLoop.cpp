@@ -29,6 +29,10 @@ constexpr std::chrono::milliseconds kAfterFailure = 100ms;
 constexpr std::chrono::milliseconds kIndexPatience = 20ms;
 constexpr std::chrono::milliseconds kShortestSleep = 2ms;
 
+// How long the end of a film waits for a last picture that does not come out: a damaged one may be tried from
+// hours back, and whoever waits for the end wants the next film.
+constexpr std::chrono::seconds kEndPatience = 2s;
+
 // Grid of the coarse timer: several wake-ups fall together on it.
 using CoarseTick = std::chrono::duration<std::int64_t, std::ratio<1, 100>>;
 
@@ -139,7 +143,8 @@ Player::Next Player::ServePending(FrameNumber frame, Direction direction, std::u
         if (Commit(picture, epoch, true)) Present(picture, epoch, true);
         return {.again = true, .until = {}};
     }
-    if (m_reader->StateOf(frame) != ordune::FrameReader::State::Undecodable) return {};
+    if (EndingTakesTooLong(epoch)) return End(epoch);
+    if (m_reader->StateOf(frame) != ordune::FrameReader::State::Undecodable) return {.until = m_ending_until};
 
     // A picture that is damaged beyond decoding is passed over in the direction of the move; a jump that
     // finds nothing up to the end looks back.
@@ -253,10 +258,32 @@ Player::Next Player::AtEnd(std::uint64_t epoch) {
             // Whatever was left out on the way: the last picture is the one that stays.
             SeekLocked(last, Direction::Forward, false);
             m_ending = true;
+            m_ending_until = WallNow() + kEndPatience;
             return {.again = true, .until = {}};
         }
+    }
+    return End(epoch);
+}
+
+// Whether the film was played past its last picture and that picture has been sought long enough.
+bool Player::EndingTakesTooLong(std::uint64_t epoch) {
+    const std::lock_guard lock(m_mutex);
+    if (!m_ending || m_epoch != epoch) m_ending_until.reset();
+    return m_ending_until && WallNow() >= *m_ending_until;
+}
+
+// The film has ended; the picture that was shown last stays.
+Player::Next Player::End(std::uint64_t epoch) {
+    m_ending_until.reset();
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_epoch != epoch) return {.again = true, .until = {}};
+        m_pending.reset();
+        m_ending = false;
         m_ended = true;
         m_clock.Pause(WallNow());
+        m_shown_epoch = std::max(m_shown_epoch, epoch);
+        m_changed.notify_all();
     }
     FollowWithSound();
     m_parts.callbacks->CallFileEnd();
