@@ -7,6 +7,8 @@
 #include <QSaveFile>
 #include <QTextStream>
 
+#include <unistd.h>
+
 namespace {
 
 constexpr auto kRoot = QLatin1String("PlayerSettings");
@@ -14,7 +16,26 @@ constexpr int kIndent = 4; // spaces a level
 
 // Three paths of the system's longest kind, every character escaped, stay far below this; so a file that is
 // larger is none of ours, and reading it would only hold up the start.
-constexpr qint64 kMostBytes = 1 << 20;
+constexpr qint64 kMostBytes = 256 << 10;
+
+// Tags, comments and the like, and the length of one. Ours has 23, of 40 bytes at most.
+constexpr qsizetype kMostMarkup = 1000;
+constexpr qsizetype kLongestMarkup = 1024;
+
+// Whether the parser is through with the file in no time. What it takes grows with the square of the depth of
+// elements and of the number of a tag's attributes, and an entity of a few bytes can stand for megabytes; so
+// a small file could hold up the start for minutes. None of ours comes near.
+bool IsQuicklyParsed(QByteArray bytes) {
+    bytes.replace('\0', QByteArray()); // wider encodings hide their signs among zeros
+    qsizetype nMarkup = 0;
+    for (qsizetype nFrom = bytes.indexOf('<'); nFrom >= 0; nFrom = bytes.indexOf('<', nFrom + 1)) {
+        const qsizetype nLength = bytes.indexOf('>', nFrom) - nFrom;
+        if (nLength < 0 || nLength > kLongestMarkup || ++nMarkup > kMostMarkup) return false;
+        const QByteArrayView markup = QByteArrayView(bytes).sliced(nFrom, nLength);
+        if (markup.startsWith("<!ENTITY") || markup.startsWith("<!ATTLIST")) return false;
+    }
+    return true;
+}
 
 // The children that count: all but text of white space alone.
 QList<QDomNode> Children(const QDomElement& root) {
@@ -84,7 +105,7 @@ QStringList ReadConfigFile(const QString& strPath) {
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) return {};
     const QByteArray bytes = file.read(kMostBytes + 1);
     QDomDocument document;
-    if (bytes.size() > kMostBytes || !document.setContent(bytes)) return {};
+    if (bytes.size() > kMostBytes || !IsQuicklyParsed(bytes) || !document.setContent(bytes)) return {};
     const QDomElement root = document.documentElement();
     if (root.tagName() != kRoot) return {};
     const QStringList& lstKeys = ConfigKeys();
@@ -102,11 +123,12 @@ QStringList ReadConfigFile(const QString& strPath) {
 
 bool WriteConfigFile(const QString& strPath, const QStringList& lstValues) {
     const QByteArray bytes = Serialised(lstValues);
-    // Written beside, synced, renamed. Where the folder takes no new file, an old one that can be written is.
+    // Written beside, synced, renamed. Where the folder takes no new file the old one stays, even if it could
+    // be written: in place it would be lost when the disk is full.
     QSaveFile file(strPath);
-    file.setDirectWriteFallback(true);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Text)) return false;
-    // commit() does not notice when what was kept in memory until then finds no room.
-    if (file.write(bytes) != bytes.size() || !file.flush()) file.cancelWriting();
+    // commit() notices neither that what was kept in memory until then finds no room nor that the disk
+    // refuses it.
+    if (file.write(bytes) != bytes.size() || !file.flush() || fsync(file.handle()) != 0) file.cancelWriting();
     return file.commit();
 }

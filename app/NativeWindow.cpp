@@ -1,6 +1,8 @@
 #include "app/NativeWindow.h"
 
+#include <QColor>
 #include <QGuiApplication>
+#include <QWidget>
 #include <QWindow>
 
 #include <cstdlib>
@@ -34,6 +36,15 @@ void SyncWindowSystem() {
     if (pConnection == nullptr) return;
     const ReplyPtr<xcb_get_input_focus_reply_t> pReply(
         xcb_get_input_focus_reply(pConnection, xcb_get_input_focus(pConnection), nullptr), &std::free);
+}
+
+void SetGround(QWidget* pWidget, const QColor& colour) {
+    xcb_connection_t* pConnection = Connection();
+    if (pConnection == nullptr || !colour.isValid()) return;
+    // Red, green and blue take eight bits each, in this order, in the windows of Qt's xcb platform.
+    const std::uint32_t nPixel = colour.rgb() & 0xFFFFFFU;
+    xcb_change_window_attributes(pConnection, static_cast<xcb_window_t>(pWidget->winId()), XCB_CW_BACK_PIXEL,
+                                 &nPixel);
 }
 
 // The request that the window managers' common rules (EWMH, _NET_WM_STATE) define for a mapped window: a

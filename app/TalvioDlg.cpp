@@ -12,11 +12,14 @@
 #include <QApplication>
 #include <QBoxLayout>
 #include <QDir>
+#include <QGridLayout>
 #include <QIcon>
 #include <QMutexLocker>
+#include <QSplitter>
 #include <QTimer>
 #include <QTranslator>
 
+#include <initializer_list>
 #include <new>
 
 namespace {
@@ -30,11 +33,14 @@ CTalvioDlg::CTalvioDlg(QWidget* pParent)
       m_strConCapPath(QDir::currentPath()) {
     g_pApp = this;
     m_strConfigPath = QDir::currentPath() + QStringLiteral("/Player.config");
+    m_geometryTimer.setSingleShot(true);
+    connect(&m_geometryTimer, &QTimer::timeout, this, &CTalvioDlg::CheckGeometry);
     if (!InitMainDlg()) return;
 
     setAcceptDrops(true);
     setMouseTracking(true);
     resize(kStartSize);
+    FitOnScreen();
     setWindowFlags(Qt::FramelessWindowHint);
     setWindowIcon(QIcon(QStringLiteral(":/Resources/Talvio.ico")));
     setWindowTitle(QStringLiteral("Talvio"));
@@ -53,13 +59,25 @@ CTalvioDlg::~CTalvioDlg() {
     delete m_pTranslator;
     delete m_pQtTranslator;
     DeleteActions();
+    DropUnplaced();
     if (m_pTimer != nullptr && m_pTimer->isActive()) m_pTimer->stop();
     // The list is destroyed after this object's members.
     if (m_pListBox != nullptr) m_pListBox->model()->disconnect(this);
 }
 
+// What a building that was cut short has left without a parent. A layout that is placed belongs to a widget
+// or to another layout.
+void CTalvioDlg::DropUnplaced() {
+    for (QObject* pPart :
+         std::initializer_list<QObject*>{m_pMainLayout, m_pControlsLayout, m_pCentreLayout, m_pViewLayout,
+                                         m_pFloatLayout, m_pListLayout, m_pSplitter, m_pFloatDlg}) {
+        if (pPart != nullptr && pPart->parent() == nullptr) delete pPart;
+    }
+}
+
 bool CTalvioDlg::InitMainDlg() {
     if ((m_pTimer = new (std::nothrow) QTimer(this)) == nullptr) return false;
+    m_pTimer->setTimerType(Qt::PreciseTimer); // a coarse one may take a twentieth longer
     if ((m_pOperate = new (std::nothrow) COperate) == nullptr) return false;
     if ((m_pTranslator = new (std::nothrow) QTranslator(this)) == nullptr) return false;
     if ((m_pQtTranslator = new (std::nothrow) QTranslator(this)) == nullptr) return false;
@@ -117,7 +135,7 @@ void CTalvioDlg::SendMsg(int nCode) {
 }
 
 void CTalvioDlg::ConCapPic() {
-    if (m_pOperate == nullptr || !m_bConCap || m_bOpening) return;
+    if (m_pOperate == nullptr || !m_bConCap) return;
     const int nState = m_pOperate->GetCurrentState();
     if (nState == COperate::kNoFile || nState == COperate::kStopped) return;
 

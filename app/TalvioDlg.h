@@ -19,6 +19,7 @@
 // the destructor stops playback, so that no call can find a window that is going.
 #pragma once
 
+#include "app/DlgActions.h"
 #include "app/KeyRepeat.h"
 #include "dialogs/FileFacts.h"
 #include "engine/PlayEvents.h"
@@ -35,6 +36,7 @@
 #include <QRect>
 #include <QSet>
 #include <QString>
+#include <QTimer>
 
 #include <atomic>
 #include <vector>
@@ -49,14 +51,10 @@ class CPlayStatusWidget;
 class CSkinButton;
 class CViewContainer;
 class CViewWidget;
-class QAction;
-class QActionGroup;
 class QGridLayout;
 class QHBoxLayout;
 class QListWidgetItem;
-class QMenu;
 class QSplitter;
-class QTimer;
 class QTranslator;
 class QVBoxLayout;
 
@@ -67,7 +65,8 @@ class CTalvioDlg : public QDialog,
                    public CPlaylistOwner,
                    public CPlayEvents,
                    public CFileFacts,
-                   public CSettingsOwner {
+                   public CSettingsOwner,
+                   private CDlgActions {
     Q_OBJECT
 
   public:
@@ -271,6 +270,9 @@ class CTalvioDlg : public QDialog,
 
   protected:
     void paintEvent(QPaintEvent* pEvent) override;
+    void showEvent(QShowEvent* pEvent) override;
+    void resizeEvent(QResizeEvent* pEvent) override;
+    void moveEvent(QMoveEvent* pEvent) override;
     void mousePressEvent(QMouseEvent* pEvent) override;
     void mouseMoveEvent(QMouseEvent* pEvent) override;
     void mouseReleaseEvent(QMouseEvent* pEvent) override;
@@ -287,16 +289,20 @@ class CTalvioDlg : public QDialog,
 
     // layout
     bool CreateViewWidgets();
+    void DropUnplaced();
     void LayOutPlaylist();
     void LayOutView();
     void LayOutCentre();
     void LayOutWindow();
     void SetControlsBarBitMaps();
     void SetListTitleBarBitMaps();
+    void FitOnScreen();
+    void CheckGeometry();
     void UpdateEdges(const QPoint& pos);
     void UpdateEdgeCursor();
     void ResizeByEdge(const QPoint& pos);
     void SetWindowFlags(Qt::WindowFlags flags);
+    void FollowTopMode();
 
     // actions
     QMenu* AddPlayControlMenu(QMenu* pMenu);
@@ -380,76 +386,12 @@ class CTalvioDlg : public QDialog,
     QVBoxLayout* m_pFloatLayout = nullptr;
     QVBoxLayout* m_pListLayout = nullptr;
 
-    // Actions, in the order of the menus.
-    QAction* m_pActOpenFile = nullptr;
-    QAction* m_pActFileInfo = nullptr;
-    QAction* m_pActCloseFile = nullptr;
-    QAction* m_pActExit = nullptr;
-    QAction* m_pActPlayPause = nullptr;
-    QAction* m_pActStop = nullptr;
-    QAction* m_pActAlways = nullptr;
-    QAction* m_pActOnlyPlaying = nullptr; // in no menu and no group
-    QAction* m_pActNever = nullptr;
-    QAction* m_pActLocate = nullptr;
-    QAction* m_pActFrameForward = nullptr;
-    QAction* m_pActFrameBackward = nullptr;
-    QAction* m_pActSpeedUp = nullptr;
-    QAction* m_pActSpeedDown = nullptr;
-    QAction* m_pActSinglePlay = nullptr;
-    QAction* m_pActPlaylistPlay = nullptr;
-    QAction* m_pActSingleRepeat = nullptr;
-    QAction* m_pActPlaylistRepeat = nullptr;
-    QAction* m_pActFullScreen = nullptr;
-    QAction* m_pActNormalSize = nullptr;
-    QAction* m_pActDoubleSize = nullptr;
-    QAction* m_pActImageControl = nullptr;
-    QAction* m_pActColorAdjust = nullptr;
-    QAction* m_pActMute = nullptr;
-    QAction* m_pActVolumeUp = nullptr;
-    QAction* m_pActVolumeDown = nullptr;
-    QAction* m_pActCapPic = nullptr;
-    QAction* m_pActConCap = nullptr;
-    QAction* m_pActPlaySettings = nullptr;
-    QAction* m_pActAbout = nullptr;
-    QAction* m_pActHotKey = nullptr;
-    QAction* m_pActChinese = nullptr;
-    QAction* m_pActEnglish = nullptr;
-    QAction* m_pActAddFile = nullptr;
-    QAction* m_pActRemoveFile = nullptr;
-    QAction* m_pActRaiseFile = nullptr;
-    QAction* m_pActDownFile = nullptr;
-    QAction* m_pActSpareMute = nullptr; // "Mute" again, in no menu
-
-    QActionGroup* m_pTopGroup = nullptr;
-    QActionGroup* m_pPlayModeGroup = nullptr;
-    QActionGroup* m_pLanguageGroup = nullptr;
-    QActionGroup* m_pFullScreenGroup = nullptr;
-
-    QMenu* m_pTopMenu = nullptr; // opened by the title bar
-    QMenu* m_pFileMenu = nullptr;
-    QMenu* m_pPlayMenu = nullptr;
-    QMenu* m_pTopDisplayMenu = nullptr;
-    QMenu* m_pPlayControlMenu = nullptr;
-    QMenu* m_pPlayModeMenu = nullptr;
-    QMenu* m_pViewMenu = nullptr;
-    QMenu* m_pSoundMenu = nullptr;
-    QMenu* m_pLanguageMenu = nullptr;
-    QMenu* m_pToolsMenu = nullptr;
-    QMenu* m_pSettingMenu = nullptr;
-    QMenu* m_pHelpMenu = nullptr;
-    QMenu* m_pContextMenu = nullptr; // the video's; its submenus hold the same actions
-    QMenu* m_pContextTopDisplayMenu = nullptr;
-    QMenu* m_pContextPlayControlMenu = nullptr;
-    QMenu* m_pContextPlayModeMenu = nullptr;
-    QMenu* m_pContextViewMenu = nullptr;
-    QMenu* m_pContextSoundMenu = nullptr;
-    QMenu* m_pListMenu = nullptr;
-    QMenu* m_pToolBoxMenu = nullptr;
-
     // --- GUI thread
     CKeyRepeat m_keyRepeat;
-    QRect m_rcNormal; // the "Normal Size" geometry
-    QRect m_rcFrame;  // saved by ShowFullScreen
+    QTimer m_geometryTimer; // from a wish for another geometry to the look at what became of it
+    QRect m_rcNormal;       // the "Normal Size" geometry
+    QRect m_rcFrame;        // saved by ShowFullScreen
+    QRect m_rcBeforeFull;   // the window's geometry before full screen
     int m_nZoomMode = 0;
     bool m_bResizing = false;
     bool m_bLeftEdge = false;
@@ -457,7 +399,8 @@ class CTalvioDlg : public QDialog,
     bool m_bBottomEdge = false;
     QPoint m_ptPress; // local mouse position at the last resize step
     int m_nTopMode = 0;
-    int m_nTopState = -1; // the play state for which top mode 1 was applied last; -1: none yet
+    int m_nTopState = -1;   // the play state for which top mode 1 was applied last; -1: none yet
+    int m_nShownState = -1; // the play state that the controls show; -1: none yet
     bool m_bFullScreen = false;
     bool m_bMaxScreen = false;
     bool m_bViewPlaylist = true;
@@ -533,7 +476,6 @@ class CTalvioDlg : public QDialog,
     std::atomic<bool> m_bEnding =
         false; // a stop or close is under way: a capture that it cuts short is no error
     std::atomic<int> m_nConCapType = 0;
-    std::atomic<bool> m_bOpening = false; // the facade is opening a file: nothing to capture yet
     std::atomic<unsigned> m_nOpening = 1; // which opening of a file is current
 
     // --- guarded by m_endedLock, which is never held across a call

@@ -45,6 +45,10 @@ std::vector<QAction * CTalvioDlg::*> CTalvioDlg::Actions() {
 }
 
 void CTalvioDlg::DeleteActions() {
+    for (QActionGroup** ppGroup : {&m_pTopGroup, &m_pPlayModeGroup, &m_pLanguageGroup, &m_pFullScreenGroup}) {
+        delete *ppGroup;
+        *ppGroup = nullptr;
+    }
     for (QAction* CTalvioDlg::*const pMember : Actions()) {
         delete (this->*pMember);
         this->*pMember = nullptr;

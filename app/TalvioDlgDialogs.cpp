@@ -44,8 +44,11 @@ bool CTalvioDlg::GetFrameRate(QString* pFrameRate) {
 
 bool CTalvioDlg::GetFileTime(QString* pTime) {
     if (pTime == nullptr || m_pOperate == nullptr) return false;
-    const CPlayTime time(m_pOperate->GetFileTime());
-    *pTime = QString::asprintf("%02u:%02u:%02u", time.nHours, time.nMinutes, time.nSeconds);
+    // Asked for each field anew.
+    const auto nHours = CPlayTime(m_pOperate->GetFileTime()).nHours;
+    const auto nMinutes = CPlayTime(m_pOperate->GetFileTime()).nMinutes;
+    const auto nSeconds = CPlayTime(m_pOperate->GetFileTime()).nSeconds;
+    *pTime = QString::asprintf("%02u:%02u:%02u", nHours, nMinutes, nSeconds);
     return true;
 }
 

@@ -35,6 +35,8 @@ bool CTalvioDlg::FullScreen() {
     m_pActAlways->setEnabled(!bEnter);
     if (m_pActNever == nullptr) return false;
     m_pActNever->setEnabled(!bEnter);
+    // The play state may have changed meanwhile.
+    FollowTopMode();
     m_pOperate->RefreshPlay();
     return true;
 }
@@ -43,11 +45,16 @@ bool CTalvioDlg::SetFullScreen(int nMode) {
     if (m_pViewWidget == nullptr) return false;
     m_bFullScreen = !m_bFullScreen;
     if (nMode == 0) {
+        // Window managers stretch a window over the screen that it is on, and some not at all; the screen
+        // that is meant is the primary one.
+        m_rcBeforeFull = geometry();
+        if (const QScreen* pScreen = QGuiApplication::primaryScreen()) setGeometry(pScreen->geometry());
         showFullScreen();
         m_pViewContainer->ShowFullScreen();
     } else if (nMode == 1) {
         m_pViewContainer->ShowNormal();
         showNormal();
+        setGeometry(m_rcBeforeFull);
     }
     return true;
 }

@@ -9,6 +9,8 @@
 #include "widgets/StaticTitle.h"
 
 #include <QAction>
+#include <QCoreApplication>
+#include <QEvent>
 #include <QMenu>
 #include <QTranslator>
 
@@ -34,9 +36,11 @@ bool CTalvioDlg::CanSwitchLanguage() const {
            m_pControlsBar->m_pLanguageBtn != nullptr;
 }
 
-// A catalog that cannot be loaded leaves the translator empty, which is English.
+// A catalog that cannot be loaded leaves the translator empty, which is English. It is looked for under
+// exactly this name: the toolkit would go on to shorter ones.
 void CTalvioDlg::UseLanguage(int nLanguage, const QString& strCatalog) {
-    (void)m_pTranslator->load(strCatalog);
+    const QString strNone = QStringLiteral("");
+    (void)m_pTranslator->load(strCatalog, strNone, strNone, strNone);
     ReTranslateUiText();
     m_nLanguage = nLanguage;
     if (nLanguage == 1) {
@@ -96,6 +100,9 @@ void CTalvioDlg::ReTranslateUiText() {
     SetToolTipInfo();
     SetToolTipText();
     SetAllShortCut();
+    // Some widgets name themselves; the toolkit would tell them of the new catalog only later.
+    QEvent change(QEvent::LanguageChange);
+    QCoreApplication::sendEvent(this, &change);
     SetState();
 }
 

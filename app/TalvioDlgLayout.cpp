@@ -19,8 +19,11 @@
 #include <QBoxLayout>
 #include <QGridLayout>
 #include <QGuiApplication>
+#include <QImage>
 #include <QMouseEvent>
+#include <QMoveEvent>
 #include <QPainter>
+#include <QResizeEvent>
 #include <QScreen>
 #include <QSplitter>
 #include <QWindow>
@@ -40,6 +43,7 @@ constexpr int kTitleHeight = 31;
 constexpr int kEdge = 5; // pixels within which an edge can be grabbed
 constexpr int kPlaylistWidth = 180;
 constexpr int kPlaylistMinimum = 150;
+constexpr int kGeometryCheck = 100; // milliseconds: many times what a window manager takes to answer
 
 QRect AvailableGeometry() {
     const QScreen* pScreen = QGuiApplication::primaryScreen();
@@ -178,6 +182,40 @@ bool CTalvioDlg::SetBitMaps() {
     return true;
 }
 
+void CTalvioDlg::showEvent(QShowEvent* pEvent) {
+    const auto colourOf = [](const char* pName) {
+        const QImage image(SkinImagePath(QLatin1String(pName)));
+        return image.isNull() ? QColor() : image.pixelColor(0, 0);
+    };
+    SetGround(this, colourOf("bitmap12"));
+    if (m_pViewWidget != nullptr) SetGround(m_pViewWidget, colourOf("bitmap121"));
+    QDialog::showEvent(pEvent);
+}
+
+void CTalvioDlg::resizeEvent(QResizeEvent* pEvent) {
+    QDialog::resizeEvent(pEvent);
+    if (!pEvent->spontaneous()) m_geometryTimer.start(kGeometryCheck);
+}
+
+void CTalvioDlg::moveEvent(QMoveEvent* pEvent) {
+    QDialog::moveEvent(pEvent);
+    if (!pEvent->spontaneous()) m_geometryTimer.start(kGeometryCheck);
+}
+
+// The toolkit takes a geometry that was asked for as granted, and is not put right when a window manager
+// leaves the window as it was. Its native window knows.
+void CTalvioDlg::CheckGeometry() {
+    if (windowHandle() == nullptr || !isVisible()) return;
+    constexpr int kRounding = 2; // pixels, between the screen's and those at 100 %
+    const QRect rcWished = geometry();
+    const QRect rcReal = windowHandle()->geometry();
+    const bool bGranted = std::abs(rcWished.left() - rcReal.left()) <= kRounding &&
+                          std::abs(rcWished.top() - rcReal.top()) <= kRounding &&
+                          std::abs(rcWished.right() - rcReal.right()) <= kRounding &&
+                          std::abs(rcWished.bottom() - rcReal.bottom()) <= kRounding;
+    if (!bGranted) setGeometry(rcReal);
+}
+
 void CTalvioDlg::paintEvent(QPaintEvent* pEvent) {
     if (m_bFullScreen) return;
     QDialog::paintEvent(pEvent);
@@ -195,13 +233,16 @@ void CTalvioDlg::InitMainWinSize() {
     if (m_pOperate == nullptr || m_bFullScreen) return;
     const QSize available = AvailableGeometry().size();
     if (m_pOperate->GetCurrentState() == COperate::kNoFile) {
-        setMinimumSize(kMinimumSize);
+        setMinimumSize(kMinimumSize.boundedTo(available));
         resize(kIdleSize);
         move((available.width() - kIdleCentring.width()) / 2,
              (available.height() - kIdleCentring.height()) / 2);
+        FitOnScreen();
         return;
     }
-    if (m_bMaxScreen || m_pListBox == nullptr || m_pTitleBar == nullptr) return;
+    // A film opened in the maximised window leaves the size alone; but the first one says what "Normal Size"
+    // is.
+    if ((m_bMaxScreen && !m_rcNormal.isNull()) || m_pListBox == nullptr || m_pTitleBar == nullptr) return;
 
     m_pOperate->GetImageSize();
     const int nWidth = static_cast<int>(m_pOperate->GetImageWidth());
@@ -211,13 +252,20 @@ void CTalvioDlg::InitMainWinSize() {
 
     const int nList = m_pListBox->width();
     const int nTitle = m_pTitleBar->height();
-    QSize size = kMinimumSize;
+    QSize size = kMinimumSize.boundedTo(available);
     if (nHeight > 265 - nTitle || nWidth > 521 - nList) {
         size = QSize(nList + nWidth + 9, nTitle + nHeight + 90).boundedTo(available);
     }
-    resize(size);
+    if (!m_bMaxScreen) resize(size);
     m_rcNormal =
         QRect(QPoint((available.width() - size.width()) / 2, (available.height() - size.height()) / 2), size);
+}
+
+// On a screen that cannot hold the start size the centring would put the title bar out of reach.
+void CTalvioDlg::FitOnScreen() {
+    const QRect rcAvailable = AvailableGeometry();
+    if (rcAvailable.width() >= kIdleSize.width() && rcAvailable.height() >= kIdleSize.height()) return;
+    setGeometry(QRect(rcAvailable.topLeft(), kIdleSize.boundedTo(rcAvailable.size())));
 }
 
 void CTalvioDlg::ChangeDlgSize(int nMode) {
@@ -330,6 +378,13 @@ void CTalvioDlg::TopDisplay(int nMode) {
         SetWindowFlags(flags | Qt::Window);
     }
     show();
+}
+
+// On top only while playing: decided anew when the play state has changed. In full screen that waits until it
+// is left.
+void CTalvioDlg::FollowTopMode() {
+    if (m_nTopMode != 1 || m_bFullScreen || m_pOperate == nullptr) return;
+    if (m_pOperate->GetCurrentState() != m_nTopState) TopDisplay(1);
 }
 
 bool CTalvioDlg::SwithTopDisplay(QAction* pAction) {

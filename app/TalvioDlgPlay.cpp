@@ -89,11 +89,7 @@ bool CTalvioDlg::Open() {
     if (m_pControlsBar != nullptr && m_pControlsBar->m_pSoundSlider != nullptr) {
         m_nVolume = m_pControlsBar->m_pSoundSlider->sliderPosition();
     }
-    {
-        // The facade counts as playing before it knows the new picture's size, which a capture needs.
-        const CFlagScope opening(m_bOpening);
-        m_pOperate->Open(PathBytes(m_strFilePath).data());
-    }
+    m_pOperate->Open(PathBytes(m_strFilePath).data());
     InitMainWinSize();
     SetState();
     if (m_pTitleBar != nullptr) m_pTitleBar->SetShowFilePath(GetCurFileName());
@@ -338,8 +334,8 @@ void CTalvioDlg::SetState() {
     if (nState == COperate::kPlaying) ShowPlaying(m_strPlaying, true);
     if (nState == COperate::kPaused) ShowPlaying(m_strPause, false);
     if (nState == COperate::kStopped) ShowStopped();
-    // On top only while playing: decided anew when the play state has changed.
-    if (m_nTopMode == 1 && nState != m_nTopState && !m_bFullScreen) TopDisplay(1);
+    m_nShownState = nState;
+    FollowTopMode();
 }
 
 void CTalvioDlg::SetCtrlState() {

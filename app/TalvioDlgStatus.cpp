@@ -4,6 +4,7 @@
 #include "engine/Operate.h"
 #include "playlist/ListBox.h"
 #include "widgets/ControlsBarWidget.h"
+#include "widgets/PlayerTitle.h"
 #include "widgets/PlaySlider.h"
 #include "widgets/PlayStatusWidget.h"
 #include "widgets/StaticTitle.h"
@@ -37,8 +38,12 @@ void CTalvioDlg::DrawStatus() {
     if (nState == COperate::kPlaying || nState == COperate::kPaused) {
         DrawProgress();
     } else if (nState == COperate::kStopped && HasCtrls()) {
-        // The library may have stopped by itself.
+        // A window that stands costs no painting.
+        if (m_nShownState == nState && m_pTitleBar->GetShowFilePath() == GetCurFileName()) return;
+        // The library has stopped by itself, or another file has become the current one.
         ShowStopped();
+        m_nShownState = nState;
+        FollowTopMode();
     }
 }
 
@@ -67,7 +72,9 @@ void CTalvioDlg::DrawProgress() {
     const QString strText = QString::asprintf(
         "%d/%d  %02u:%02u:%02u/%02u:%02u:%02u  ", static_cast<int>(nFrame), static_cast<int>(nFrames),
         elapsed.nHours, elapsed.nMinutes, elapsed.nSeconds, total.nHours, total.nMinutes, total.nSeconds);
-    m_pStatusWidget->m_pRightText->SetStaticText(strText, 2);
+    // A film that stands costs no painting.
+    CStaticText* pText = m_pStatusWidget->m_pRightText;
+    if (pText->GetStaticText() != strText) pText->SetStaticText(strText, 2);
     // A handle that the user holds follows the mouse alone.
     if (!m_pControlsBar->m_pPlaySlider->isSliderDown()) m_pControlsBar->m_pPlaySlider->setValue(nPosition);
 }

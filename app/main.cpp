@@ -1,4 +1,5 @@
 // The program: a main window and its event loop. It takes no options and reads no environment of its own.
+#include "app/HanFont.h"
 #include "app/TalvioDlg.h"
 #include "engine/Operate.h"
 
@@ -28,6 +29,7 @@ int main(int nArgs, char** ppArgs) {
     // The file chooser looks and behaves alike on every desktop.
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication app(nArgs, ppArgs);
+    PreferSimplifiedHan();
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("GB2312"));
 
     auto pDlg = std::make_unique<CTalvioDlg>(nullptr);

@@ -1,7 +1,9 @@
 #include "bench/BareDecoder.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <memory>
 #include <stdexcept>
 #include <vector>
 
@@ -11,7 +13,21 @@ extern "C" {
 #include <libswscale/swscale.h>
 }
 
+#include <turbojpeg.h>
+
 namespace bench {
+
+namespace {
+
+// How long the work takes, in milliseconds.
+template <class Work>
+double Timed(Work work) {
+    const auto begin = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
+}
+
+} // namespace
 
 struct BareDecoder::Parts {
     AVFormatContext* format = nullptr;
@@ -91,10 +107,6 @@ double BareDecoder::FramesPerSecond() const {
     return av_q2d(m_parts->Video()->avg_frame_rate);
 }
 
-double BareDecoder::Duration() const {
-    return static_cast<double>(m_parts->format->duration) / static_cast<double>(AV_TIME_BASE);
-}
-
 bool BareDecoder::JumpTo(double seconds) {
     Parts& parts = *m_parts;
     const AVStream* video = parts.Video();
@@ -133,6 +145,55 @@ int BareDecoder::DecodeFromStart(int frames, int width, int height) {
         }
     }
     return decoded;
+}
+
+int BareDecoder::PassFromStart(int frames) {
+    Parts& parts = *m_parts;
+    av_seek_frame(parts.format, parts.stream, 0, AVSEEK_FLAG_BACKWARD);
+    avcodec_flush_buffers(parts.codec);
+    int sent = 0;
+    while (sent < frames && parts.SendNext(INT64_MAX)) {
+        ++sent;
+        while (avcodec_receive_frame(parts.codec, parts.frame) == 0) {
+        }
+    }
+    return sent;
+}
+
+double BareDecoder::ScaleMilliseconds(int width, int height, int count) {
+    if (m_parts->frame->width == 0) DecodeFromStart(1, 0, 0);
+    std::vector<double> times;
+    for (int done = 0; done < count; ++done)
+        times.push_back(Timed([&] { m_parts->Scale(width, height); }));
+    std::nth_element(times.begin(), times.begin() + count / 2, times.end());
+    return times[static_cast<std::size_t>(count / 2)];
+}
+
+double BareDecoder::JpegMilliseconds(int quality) {
+    if (m_parts->frame->width == 0) DecodeFromStart(1, 0, 0);
+    const AVFrame& frame = *m_parts->frame;
+    const std::unique_ptr<void, int (*)(tjhandle)> handle(tjInitCompress(), tjDestroy);
+    m_parts->pixels.resize(tjBufSize(frame.width, frame.height, TJSAMP_420));
+    const unsigned char* planes[3] = {frame.data[0], frame.data[1], frame.data[2]};
+    unsigned char* out = m_parts->pixels.data();
+    unsigned long length = m_parts->pixels.size();
+    return Timed([&] {
+        tjCompressFromYUVPlanes(handle.get(), planes, frame.width, frame.linesize, frame.height, TJSAMP_420,
+                                &out, &length, quality, TJFLAG_NOREALLOC);
+    });
+}
+
+double BareDecoder::PixelMilliseconds() {
+    if (m_parts->frame->width == 0) DecodeFromStart(1, 0, 0);
+    const AVFrame& frame = *m_parts->frame;
+    const std::unique_ptr<void, int (*)(tjhandle)> handle(tjInitDecompress(), tjDestroy);
+    m_parts->pixels.resize(static_cast<std::size_t>(frame.width) * static_cast<std::size_t>(frame.height) *
+                           3);
+    const unsigned char* planes[3] = {frame.data[0], frame.data[1], frame.data[2]};
+    return Timed([&] {
+        tjDecodeYUVPlanes(handle.get(), planes, frame.linesize, TJSAMP_420, m_parts->pixels.data(),
+                          frame.width, frame.width * 3, frame.height, TJPF_BGR, TJFLAG_BOTTOMUP);
+    });
 }
 
 } // namespace bench

@@ -26,8 +26,19 @@ class BareDecoder {
     // Returns how many came out.
     int DecodeFromStart(int frames, int width, int height);
 
+    // The same, leaving out pictures that no other refers to, up to about `frames` pictures of the film.
+    // Returns how many were decoded or left out.
+    int PassFromStart(int frames);
+
+    // These work on the picture decoded last, or the first one.
+    // Milliseconds that scaling it to BGRA takes, the middle one of `count` tries.
+    double ScaleMilliseconds(int width, int height, int count);
+    // Milliseconds that compressing its planes to a JPEG takes, with nothing converted.
+    double JpegMilliseconds(int quality);
+    // Milliseconds that turning its planes to pixels of three bytes takes.
+    double PixelMilliseconds();
+
     double FramesPerSecond() const;
-    double Duration() const;
 
   private:
     struct Parts;

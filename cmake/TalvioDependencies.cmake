@@ -12,7 +12,7 @@ find_package(cubeb REQUIRED CONFIG)
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Widgets Xml Core5Compat Svg LinguistTools)
 
 if(TALVIO_TESTS)
-    find_package(Qt6 6.4 REQUIRED COMPONENTS Test)
+    find_package(Qt6 6.4 REQUIRED COMPONENTS DBus Test)
     find_package(GTest REQUIRED)
 endif()
 if(TALVIO_BENCH)

@@ -12,9 +12,16 @@ Pick DuePicture::Choose(nanoseconds lateness, nanoseconds interval) {
     return lateness <= kPatience ? Pick::Oldest : Pick::Newest;
 }
 
-WallTime DuePicture::NotBefore(WallTime last_shown, WallTime due, nanoseconds interval) {
-    if (interval >= kShortestInterval) return due;
+WallTime DuePicture::NotBefore(WallTime last_shown, WallTime due, nanoseconds interval, WallTime now) {
+    if (interval >= kShortestInterval && now - due <= kPatience) return due;
     return std::max(due, last_shown + kFastInterval);
+}
+
+ordune::FrameNumber DuePicture::Stride(nanoseconds interval) {
+    if (interval >= kShortestInterval) return 0;
+    const nanoseconds shown(kFastInterval);
+    const nanoseconds each = std::max(interval, nanoseconds(1));
+    return static_cast<ordune::FrameNumber>((shown.count() + each.count() - 1) / each.count());
 }
 
 void EffortGovernor::Reset(nanoseconds interval) {
@@ -26,16 +33,19 @@ void EffortGovernor::Reset(nanoseconds interval) {
     m_trial = kGoodForMore;
 }
 
-void EffortGovernor::Shown(nanoseconds lateness, WallTime now) {
+void EffortGovernor::Shown(nanoseconds lateness, nanoseconds keys_apart, WallTime now) {
     const bool late = lateness > DuePicture::kPatience;
     if (late) {
         m_good = false;
         if (!m_late) {
             m_late = true;
             m_late_since = now;
-        } else if (now - m_late_since >= kLateForLess && m_effort != Effort::KeysOnly) {
+        } else if (now - m_late_since >= kLateForLess) {
+            const Effort least = keys_apart <= kKeysOften ? Effort::KeysOnly : Effort::Referenced;
+            const Effort less = m_effort == Effort::Every ? Effort::Referenced : least;
+            if (less == m_effort) return;
             m_trial = std::min<nanoseconds>(m_trial * 2, kLongestTrial);
-            Move(m_effort == Effort::Every ? Effort::Referenced : Effort::KeysOnly, now);
+            Move(less, now);
         }
         return;
     }

@@ -46,11 +46,14 @@ ordune::Result<std::shared_ptr<Player>> Player::Open(const std::string& path, Pa
     player->PictureSize(width, height);
     player->m_told_width = static_cast<int>(width);
     player->m_told_height = static_cast<int>(height);
-    player->m_thread = std::thread([raw] {
-        t_player = raw;
-        raw->Loop();
-    });
     return player;
+}
+
+void Player::Begin() {
+    m_thread = std::thread([this] {
+        t_player = this;
+        Loop();
+    });
 }
 
 Player::~Player() {
@@ -94,6 +97,7 @@ void Player::Post(std::function<bool()> work) {
 }
 
 bool Player::Ask(std::function<bool()> work) {
+    if (OnPlayThread()) return work(); // no picture is being drawn while a callback runs
     if (MustNotWait()) {
         Post(std::move(work));
         return true;
@@ -108,9 +112,20 @@ bool Player::Ask(std::function<bool()> work) {
 
 // ---- Playing
 
+// Whether a window can be drawn into, where that cannot be left to the play thread's answer: inside a
+// callback of another port.
+bool Player::Drawable(std::uint32_t window) const {
+    return OnPlayThread() || !MustNotWait() || window == 0 || m_parts.make_output(window);
+}
+
 bool Player::Play(std::uint32_t window) {
+    // A callback does not wait: while another thread stops the port, or has it play, it is refused.
     std::unique_lock calls(m_calls, std::defer_lock);
-    if (!MustNotWait()) calls.lock();
+    if (!MustNotWait()) {
+        calls.lock();
+    } else if (!calls.try_lock() || !Drawable(window)) {
+        return false;
+    }
     if (!Ask([this, window] { return m_display.SetWindow(window); })) return false;
     const std::lock_guard lock(m_mutex);
     if (m_closing) return false;
@@ -160,6 +175,7 @@ bool Player::Stop() {
     // When the play thread has done this it is in no callback, and makes none before the next Play.
     return Ask([this] {
         m_display.Close();
+        m_reader->WantNothing();
         FollowWithSound();
         return true;
     });
@@ -187,11 +203,23 @@ bool Player::Step(Direction direction) {
     if (from == kNoFrame) return false;
     const bool forward = direction == Direction::Forward;
     if (forward ? from + 1 >= m_file->Index().Total() : from == 0) return false;
+    const bool played = m_state == State::Playing;
+    const bool ended = m_ended;
     m_state = State::Paused;
     m_clock.Pause(WallNow());
     SeekLocked(forward ? from + 1 : from - 1, direction, true);
     if (MustNotWait()) return true;
-    return WaitForEpochLocked(lock, m_epoch);
+    const std::uint64_t epoch = m_epoch;
+    if (WaitForEpochLocked(lock, epoch)) return true;
+    // Whoever hears that nothing was done finds the port playing as it was.
+    if (played && !m_closing && m_epoch == epoch) {
+        ++m_epoch;
+        m_state = State::Playing;
+        m_ended = ended;
+        if (!m_pending && !m_ended) m_clock.Resume(WallNow());
+        m_wake.Wake();
+    }
+    return false;
 }
 
 bool Player::WaitForEpochLocked(std::unique_lock<std::mutex>& lock, std::uint64_t epoch) {
@@ -201,15 +229,14 @@ bool Player::WaitForEpochLocked(std::unique_lock<std::mutex>& lock, std::uint64_
 }
 
 void Player::Refresh() {
-    Post([this] {
-        m_display.Redraw();
-        return true;
-    });
+    const std::lock_guard lock(m_mutex);
+    m_changes.redraw.set();
+    m_wake.Wake();
 }
 
 bool Player::RefreshRegion(unsigned long region) {
+    if (!HasRegion(region)) return false;
     return Ask([this, region] {
-        if (!m_display.HasRegion(region)) return false;
         m_display.RedrawRegion(region);
         return true;
     });
@@ -219,10 +246,8 @@ bool Player::RefreshRegion(unsigned long region) {
 
 void Player::SeekLocked(FrameNumber frame, Direction direction, bool stepping) {
     m_pending = frame;
-    m_direction = direction;
-    m_stepping = stepping;
+    m_search.Begin(frame, direction, !stepping);
     m_ended = false;
-    m_turned = false;
     m_ending = false;
     m_beginning = false;
     m_clock.StandAt(m_file->Index().TimeOf(frame));
@@ -231,8 +256,13 @@ void Player::SeekLocked(FrameNumber frame, Direction direction, bool stepping) {
 }
 
 bool Player::SeekToFrame(FrameNumber frame) {
+    return SeekWithin(m_file->Index().Total(), frame);
+}
+
+// The total is the caller's: while the index grows it is an estimate, and may be another a moment later.
+bool Player::SeekWithin(FrameNumber total, FrameNumber frame) {
     const std::lock_guard lock(m_mutex);
-    if (m_closing || m_state == State::Stopped || frame >= m_file->Index().Total()) return false;
+    if (m_closing || m_state == State::Stopped || frame >= total) return false;
     // A paused viewer who jumps will look around, and looking back is what needs preparing.
     SeekLocked(frame, m_state == State::Paused ? Direction::Backward : Direction::Forward, false);
     return true;
@@ -243,7 +273,7 @@ bool Player::SeekToPosition(float position) {
     const FrameNumber total = m_file->Index().Total();
     if (total == 0) return false;
     const auto frame = static_cast<FrameNumber>(std::llround(static_cast<double>(position) * total));
-    return SeekToFrame(std::min(frame, total - 1));
+    return SeekWithin(total, std::min(frame, total - 1));
 }
 
 bool Player::SeekToTime(std::chrono::milliseconds time) {
@@ -333,32 +363,46 @@ void Player::SetVolume(std::uint16_t volume) {
 
 // ---- Display
 
+bool Player::HasRegion(unsigned long region) const {
+    return region == 0 || (region < PortDisplay::kRegions && m_has_region[region]);
+}
+
 bool Player::SetRegion(unsigned long region, const ordune::PictureArea& area, std::uint32_t window,
                        bool enable) {
-    return Ask([=, this] { return m_display.SetRegion(region, area, window, enable); });
+    if (region >= PortDisplay::kRegions) return false;
+    if (region != 0 && (enable ? window == 0 || !Drawable(window) : !HasRegion(region))) return false;
+    return Ask([=, this] {
+        const bool done = m_display.SetRegion(region, area, window, enable);
+        m_has_region[region] = m_display.HasRegion(region);
+        if (region != 0 && !enable) {
+            // One that ends takes the colours along that were meant for it.
+            const std::lock_guard lock(m_mutex);
+            m_changes.colours[region].reset();
+        }
+        return done;
+    });
 }
 
 bool Player::SetColour(unsigned long region, const Colour& colour) {
     if (region >= PortDisplay::kRegions) return false;
-    Post([=, this] {
-        m_display.SetColour(region, colour);
-        m_display.RedrawRegion(region);
-        return true;
-    });
+    const std::lock_guard lock(m_mutex);
+    m_changes.colours[region] = colour;
+    m_changes.redraw.set(region);
+    m_wake.Wake();
     return true;
 }
 
 void Player::SetHighQuality(bool high) {
     const std::lock_guard lock(m_mutex);
     m_high_quality = high;
-    m_quality_changed = true;
+    m_changes.redraw.set();
     m_wake.Wake();
 }
 
 void Player::SetHalfResolution(bool half) {
     const std::lock_guard lock(m_mutex);
     m_half_resolution = half;
-    m_quality_changed = true;
+    m_changes.redraw.set();
     m_wake.Wake();
 }
 

@@ -1,11 +1,11 @@
 // One open file that plays: the clock, the choice of the picture, the windows, the sound.
 //
-// The play thread belongs to the player; it begins with Open and is joined by Close. It alone touches the
+// The play thread belongs to the player; it starts with Begin and is joined by Close. It alone touches the
 // windows, decides which picture is shown when, and makes all callbacks, with no lock held. The public
 // functions may be called from any thread. Most change what is wanted under the one lock, wake the play
 // thread and return; those that must wait (a new window, Stop, a step, a still) wait for the play thread
-// holding no lock. Called on the play thread itself, which is from inside a callback, they ask and do not
-// wait.
+// holding no lock. Called from inside a callback they do not wait: on the port's own play thread the work is
+// done at once, on another's it is left to it.
 //
 // Positions: `pending` is where the port is to be, `current` the picture it shows. A jump sets the former and
 // bumps the epoch; the play thread makes it the latter when the picture is there, unless the epoch has moved
@@ -14,6 +14,7 @@
 
 #include "dravo/Deflash.h"
 #include "dravo/DuePicture.h"
+#include "dravo/NeighbourSearch.h"
 #include "dravo/PlayClock.h"
 #include "dravo/PortCallbacks.h"
 #include "dravo/PortDisplay.h"
@@ -25,10 +26,11 @@
 #include "ordune/PlanarCopy.h"
 #include "ordune/StillEncoder.h"
 
+#include <array>
 #include <atomic>
+#include <bitset>
 #include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -36,6 +38,7 @@
 #include <span>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace dravo {
 
@@ -54,6 +57,8 @@ class Player {
     static constexpr std::chrono::seconds kLongestWait{20};
 
     static ordune::Result<std::shared_ptr<Player>> Open(const std::string& path, Parts parts);
+    // Starts the play thread: from here on callbacks are made. Once, by the thread that opened it.
+    void Begin();
     ~Player();
     Player(const Player&) = delete;
     Player& operator=(const Player&) = delete;
@@ -115,6 +120,12 @@ class Player {
         std::shared_ptr<std::optional<bool>> answer; // guarded by m_mutex
     };
 
+    // What is to be drawn anew, and how. However often it is asked for, it is done once a turn.
+    struct DisplayChanges {
+        std::array<std::optional<Colour>, PortDisplay::kRegions> colours;
+        std::bitset<PortDisplay::kRegions> redraw; // also where only the quality changed
+    };
+
     // What the play loop does next.
     struct Next {
         bool again = false;            // at once
@@ -128,7 +139,10 @@ class Player {
     bool Ask(std::function<bool()> work);
     bool OnPlayThread() const;
     bool MustNotWait() const;
+    bool Drawable(std::uint32_t window) const;
+    bool HasRegion(unsigned long region) const;
     void SeekLocked(ordune::FrameNumber frame, ordune::Direction direction, bool stepping);
+    bool SeekWithin(ordune::FrameNumber total, ordune::FrameNumber frame);
     bool WaitForEpochLocked(std::unique_lock<std::mutex>& lock, std::uint64_t epoch);
     ordune::FrameNumber CurrentFrameLocked() const;
     void Progressed();
@@ -136,17 +150,20 @@ class Player {
     // Play thread: PlayerLoop.cpp.
     void Loop();
     Next Turn();
-    bool RunCommand();
-    void ApplyQuality();
+    void RunCommands();
+    void ApplyDisplayChanges();
     void TellIndexDone();
     Next Advance();
     Next ServePending(ordune::FrameNumber frame, ordune::Direction direction, std::uint64_t epoch);
-    void Redirect(ordune::FrameNumber frame, ordune::Direction direction, std::uint64_t epoch);
+    bool SeekNearer(ordune::FrameNumber frame, std::uint64_t epoch);
+    Next PassOver(std::uint64_t epoch, bool search);
+    WallTime FirstLoss(std::uint64_t epoch);
     Next PlayOn(std::uint64_t epoch);
     Next AtEnd(std::uint64_t epoch);
     bool EndingTakesTooLong(std::uint64_t epoch);
     Next End(std::uint64_t epoch);
-    void WantAhead(ordune::FrameNumber frame);
+    void WantAhead(ordune::FrameNumber frame, std::chrono::nanoseconds interval);
+    ordune::PicturePtr Choose(Pick pick, ordune::FrameNumber first, ordune::FrameNumber last) const;
     int BrightnessCorrection(const ordune::Picture& picture, bool arrived);
     bool Commit(const ordune::PicturePtr& picture, std::uint64_t epoch, bool arrived);
     void Present(const ordune::PicturePtr& picture, std::uint64_t epoch, bool arrived);
@@ -166,27 +183,26 @@ class Player {
     std::atomic<bool> m_hungry{false}; // the play thread waits for the reader's progress
     std::atomic<bool> m_coarse_timer{false};
     std::atomic<int> m_leave_out{0};
+    std::array<std::atomic<bool>, PortDisplay::kRegions> m_has_region{}; // further ones; as m_display has it
     WakeUp m_wake;
 
     // Held by Play and Stop from beginning to end, so that neither comes between the two steps of the other.
-    // Taken before m_mutex, and never from inside a callback.
+    // Taken before m_mutex, and never waited for inside a callback.
     std::mutex m_calls;
 
     // Guarded by m_mutex.
     mutable std::mutex m_mutex;
     std::condition_variable m_changed; // a command was answered, a picture was shown, the player closes
-    std::deque<Command> m_commands;
+    std::vector<Command> m_commands;
     bool m_closing = false;
     State m_state = State::Stopped;
     SpeedLadder m_speed;
     PlayClock m_clock;
     std::uint64_t m_epoch = 0;
     std::optional<ordune::FrameNumber> m_pending;
-    ordune::Direction m_direction = ordune::Direction::Forward;
-    bool m_stepping = false;  // the pending position is a step, which goes on in its direction or nowhere
-    bool m_turned = false;    // the pending position was sought both ways
-    bool m_beginning = false; // it is the first picture after Play
-    bool m_ending = false;    // it is the last picture, of a film that was played past it
+    NeighbourSearch m_search;        // for a picture in place of the pending one
+    bool m_beginning = false;        // it is the first picture after Play
+    bool m_ending = false;           // it is or was the last picture, of a film that was played past it
     std::uint64_t m_shown_epoch = 0; // the newest epoch whose position was reached, or given up
     std::uint64_t m_given_up_epoch = ~std::uint64_t{0}; // the newest one given up
     ordune::FrameNumber m_current = ordune::kNoFrame;
@@ -194,7 +210,7 @@ class Player {
     bool m_ended = false;
     bool m_stopped = false; // by Stop, after which no callback is made until the next Play
     bool m_sound_wanted = false;
-    bool m_quality_changed = false;
+    DisplayChanges m_changes;
     bool m_high_quality = true;
     bool m_half_resolution = false;
     bool m_deflash_on = true;
@@ -206,7 +222,12 @@ class Player {
     EffortGovernor m_governor;
     std::uint64_t m_governed_epoch = ~std::uint64_t{0};
     WallTime m_last_shown{};
-    std::optional<WallTime> m_ending_until; // while the last picture is sought after the film's end
+    // While the last picture is sought after the film's end: when the end is told without it, and, once it
+    // has been told, when the picture is given up.
+    std::optional<WallTime> m_ending_until;
+    // Since when a picture of the pending position is lost or doubtful, and which position that is.
+    WallTime m_first_loss{};
+    std::uint64_t m_first_loss_epoch = ~std::uint64_t{0};
     ordune::PlanarCopy m_planar;
     bool m_index_told = false;
     int m_told_width = 0;

@@ -18,8 +18,19 @@ bool Port::Open(const std::string& path) {
     auto player = Player::Open(path, std::move(parts));
     if (!player) return false;
     const std::lock_guard lock(m_mutex);
+    if (m_retired) return false;
+    // A callback that asks the port finds it open: it waits here for its player.
+    player.Value()->Begin();
     m_player = std::move(player.Value());
     return true;
+}
+
+void Port::Retire() {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_retired = true;
+    }
+    Close();
 }
 
 bool Port::Close() {

@@ -19,6 +19,8 @@ class Port {
     // Any thread. Opening fails when a file is open already; closing fails when none is.
     bool Open(const std::string& path);
     bool Close();
+    // Closes the port for good: a file that is being opened is not opened any more.
+    void Retire();
 
     // The open file's player; null when there is none. Whoever holds it may use it while the port is closed:
     // its calls then fail.
@@ -31,6 +33,7 @@ class Port {
     // Guarded by m_mutex. Closing gives the port a fresh set of callbacks together with taking the player, so
     // that those registered for the next file are never taken for the last one's.
     mutable std::mutex m_mutex;
+    bool m_retired = false;
     std::shared_ptr<Player> m_player;
     std::shared_ptr<PortCallbacks> m_callbacks;
 };

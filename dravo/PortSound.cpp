@@ -25,6 +25,7 @@ PortSound::PortSound(std::shared_ptr<const ordune::MediaFile> file, OutputFactor
     : m_file(std::move(file)), m_factory(std::move(factory)), m_feeder([this] { Feed(); }) {}
 
 PortSound::~PortSound() {
+    m_cancel.Cancel();
     {
         const std::lock_guard lock(m_mutex);
         m_closing = true;
@@ -98,7 +99,8 @@ void PortSound::Serve(const Plan& plan, bool fresh) {
 void PortSound::Begin(const Plan& plan) {
     if (!m_tried) {
         m_tried = true;
-        auto reader = ordune::SoundReader::Make(*m_file, SoundOutput::kSampleRate, SoundOutput::kChannels);
+        auto reader =
+            ordune::SoundReader::Make(*m_file, SoundOutput::kSampleRate, SoundOutput::kChannels, m_cancel);
         if (reader) m_reader = std::move(reader.Value());
         if (m_reader) m_output = m_factory();
         if (m_output) m_output->SetVolume(m_volume);

@@ -72,6 +72,7 @@ class PortSound {
     // Immutable.
     const std::shared_ptr<const ordune::MediaFile> m_file;
     const OutputFactory m_factory;
+    const ordune::CancelToken m_cancel = ordune::CancelToken::Make(); // reading, at the end
 
     // Guarded by m_mutex.
     mutable std::mutex m_mutex;

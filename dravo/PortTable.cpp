@@ -34,7 +34,7 @@ bool PortTable::Free(int number) {
         port = std::move(slot.port);
         slot.port.reset();
     }
-    port->Close();
+    port->Retire();
     return true;
 }
 

@@ -1,6 +1,7 @@
 #include "engine/CaptureFile.h"
 
 #include <cstdio>
+#include <unistd.h>
 
 std::string CaptureFileName(const char* pDir, const std::tm& when, int nCounter, const char* pSuffix) {
     char aTail[96];
@@ -10,12 +11,14 @@ std::string CaptureFileName(const char* pDir, const std::tm& when, int nCounter,
 }
 
 bool WriteCaptureFile(const std::string& strName, const unsigned char* pData, std::size_t nSize) {
-    std::FILE* pFile = std::fopen(strName.c_str(), "w+");
+    // The picture has its name only when it is whole, whatever ends the program meanwhile.
+    const std::string strPart = strName + "." + std::to_string(getpid()) + ".part";
+    std::FILE* pFile = std::fopen(strPart.c_str(), "w+");
     if (pFile == nullptr) return false;
     const bool bWritten = std::fwrite(pData, 1, nSize, pFile) == nSize;
     // Closing flushes what fwrite kept back, so a full disk may show only now.
     const bool bClosed = std::fclose(pFile) == 0;
-    if (bWritten && bClosed) return true;
-    std::remove(strName.c_str());
+    if (bWritten && bClosed && std::rename(strPart.c_str(), strName.c_str()) == 0) return true;
+    std::remove(strPart.c_str());
     return false;
 }

@@ -9,6 +9,7 @@
 // 100 on.
 std::string CaptureFileName(const char* pDir, const std::tm& when, int nCounter, const char* pSuffix);
 
-// Writes `nSize` bytes to the file `strName`, replacing what it held. False when that fails: then no file is
-// left under that name, so that nobody meets half a picture.
+// Writes `nSize` bytes to the file `strName`, replacing what it held; they have that name only when they are
+// all there, so that nobody meets half a picture. False when that fails: then what had the name before is as
+// it was.
 bool WriteCaptureFile(const std::string& strName, const unsigned char* pData, std::size_t nSize);

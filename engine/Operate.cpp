@@ -59,6 +59,7 @@ bool COperate::SelectCtrlProxy() {
 bool COperate::Open(char* pPath) {
     if (!m_pEngine) return false;
     m_pEngine->Open(pPath);
+    m_bLengthExact = false;
     m_nFileTime = m_pEngine->GetFileTime();
     m_nFileFrame = m_pEngine->GetFileFrame();
     m_pEngine->Play(m_nPlayHwnd);
@@ -186,7 +187,7 @@ bool COperate::Start() {
 }
 
 bool COperate::End() {
-    return m_pEngine && m_pEngine->GotoEnd(m_nFileFrame);
+    return m_pEngine && m_pEngine->GotoEnd(GetFileFrame());
 }
 
 bool COperate::BackPlay() {
@@ -243,6 +244,23 @@ unsigned long COperate::GetCurrentFrameRate() {
 
 float COperate::GetCurrentPosPrecent() {
     return m_pEngine ? m_pEngine->GetCurrentPosPrecent() : 0.0F;
+}
+
+unsigned long COperate::GetFileTime() {
+    TakeOverLength();
+    return m_nFileTime;
+}
+
+unsigned long COperate::GetFileFrame() {
+    TakeOverLength();
+    return m_nFileFrame;
+}
+
+void COperate::TakeOverLength() {
+    if (m_bLengthExact || !m_bFileRefDone || !m_pEngine) return;
+    m_nFileTime = m_pEngine->GetFileTime();
+    m_nFileFrame = m_pEngine->GetFileFrame();
+    m_bLengthExact = true;
 }
 
 long COperate::GetImageWidth() const {
@@ -312,6 +330,7 @@ bool COperate::SetFileEndCallBack(void* pUser) {
 bool COperate::SetFileRefCallBack(std::uintptr_t nUser) {
     if (!m_pEngine) return false;
     m_bFileRefDone = false;
+    m_bLengthExact = false;
     return m_pEngine->SetFileRefCallBack(nUser);
 }
 

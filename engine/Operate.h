@@ -88,9 +88,11 @@ class COperate {
     unsigned long GetCurrentFrameRate();
     // From 0 to 1.
     float GetCurrentPosPrecent();
-    // As read when the file was opened: seconds, frames, pixels.
-    unsigned long GetFileTime() const { return m_nFileTime; }
-    unsigned long GetFileFrame() const { return m_nFileFrame; }
+    // Length in seconds and frames, as read when the file was opened; read once more when its index is
+    // complete, since what a large raw stream says before is an estimate.
+    unsigned long GetFileTime();
+    unsigned long GetFileFrame();
+    // Pixels, as read when the file was opened.
     long GetImageWidth() const;
     long GetImageHeight() const;
     // Reads the picture size from the engine anew.
@@ -159,19 +161,25 @@ class COperate {
     char* GetFileTypeFormName(char* pName);
 
   private:
+    void TakeOverLength();
+
     using Buffer = std::unique_ptr<unsigned char[]>;
 
     // A buffer of five bytes a pixel, its size in *pSize; null when there is no memory. Holds the kept one if
     // it fits.
     Buffer TakeCaptureBuffer(unsigned long* pSize);
+    // Takes a larger buffer in place of the one given, if the picture that the engine now has needs it; false
+    // where it does not, or where there is no memory.
+    bool GrowCaptureBuffer(const std::shared_ptr<CPlayCtrlProxy>& pEngine, Buffer* pBuffer,
+                           unsigned long* pSize);
     // Keeps a buffer for the next capture.
     void ReturnCaptureBuffer(Buffer pBuffer, unsigned long nSize);
     // The engine as another thread may see it, kept alive by the result.
     std::shared_ptr<CPlayCtrlProxy> SharedEngine() const;
     void SetEngine(std::shared_ptr<CPlayCtrlProxy> pEngine);
     void PlayFromStop();
-    // Encodes into the buffer given and writes the file.
-    bool CapPicInto(unsigned char* pBuffer, unsigned long nSize, int nType, const char* pDir);
+    // Encodes into the buffer given, which may be replaced by a larger one, and writes the file.
+    bool CapPicInto(Buffer* pBuffer, unsigned long* pSize, int nType, const char* pDir);
     int NextCaptureNumber(bool bBmp);
 
     // ---- GUI thread only ----
@@ -188,6 +196,7 @@ class COperate {
     int m_nSpeed = 0;
     unsigned long m_nFileTime = 0;
     unsigned long m_nFileFrame = 0;
+    bool m_bLengthExact = false; // the length was read after the index was complete
     unsigned long m_nCurrentPlayTime = 0;
     unsigned long m_nCurrentFrame = 0;
     unsigned long m_nVolume = 32767;

@@ -6,7 +6,9 @@ extern "C" {
 #include <libavutil/common.h>
 }
 
+#include <algorithm>
 #include <cerrno>
+#include <utility>
 
 namespace ordune {
 
@@ -19,28 +21,12 @@ Error NotAGroup(const FileSource& file) {
     return {ErrorKind::OutOfRange, "the position is not the beginning of a group of pictures", file.Path()};
 }
 
-// Whether the first slice of an H.264 unit says that others refer to its picture; true where there is none.
-bool IsReferenced(const AVPacket& packet, std::size_t length_bytes) {
-    const auto size = static_cast<std::size_t>(packet.size);
-    std::size_t at = 0;
-    while (at + length_bytes < size) {
-        std::size_t length = 0;
-        for (std::size_t i = 0; i < length_bytes; ++i)
-            length = (length << 8) | packet.data[at + i];
-        at += length_bytes;
-        const unsigned type = packet.data[at] & 31U;
-        if (type == 1 || type == 5) return (packet.data[at] & 0x60U) != 0;
-        if (length > size - at) break;
-        at += length;
-    }
-    return true;
-}
-
-CodedUnit Label(AVPacket* packet, UnitNumber number, const FrameTable& table) {
+CodedUnit Label(AVPacket* packet, UnitNumber number, const FrameTable& table, PictureUse& use) {
     CodedUnit unit;
     unit.packet = packet;
     unit.number = number;
     unit.key = table.BeginsGroup(number);
+    unit.referenced = use.Referenced({packet->data, static_cast<std::size_t>(packet->size)});
     packet->pts = number;
     packet->dts = AV_NOPTS_VALUE;
     packet->duration = 0;
@@ -55,18 +41,20 @@ CodedUnit Label(AVPacket* packet, UnitNumber number, const FrameTable& table) {
 
 Result<std::unique_ptr<UnitReader>> DirectUnitReader::Make(std::shared_ptr<const FileSource> file,
                                                            std::shared_ptr<const FrameTable> table,
-                                                           std::size_t length_bytes, CancelToken cancel) {
+                                                           const AVCodecParameters& parameters,
+                                                           CancelToken cancel) {
     ffmpeg::PacketPtr packet = ffmpeg::MakePacket();
     if (!packet) return ffmpeg::MakeError(AVERROR(ENOMEM), "cannot read the file", file->Path());
-    return std::unique_ptr<UnitReader>(new DirectUnitReader(std::move(file), std::move(table), length_bytes,
+    return std::unique_ptr<UnitReader>(new DirectUnitReader(std::move(file), std::move(table), parameters,
                                                             std::move(packet), std::move(cancel)));
 }
 
 DirectUnitReader::DirectUnitReader(std::shared_ptr<const FileSource> file,
-                                   std::shared_ptr<const FrameTable> table, std::size_t length_bytes,
-                                   ffmpeg::PacketPtr packet, CancelToken cancel)
-    : m_file(std::move(file)), m_table(std::move(table)), m_length_bytes(length_bytes),
-      m_packet(std::move(packet)), m_cancel(std::move(cancel)) {}
+                                   std::shared_ptr<const FrameTable> table,
+                                   const AVCodecParameters& parameters, ffmpeg::PacketPtr packet,
+                                   CancelToken cancel)
+    : m_file(std::move(file)), m_table(std::move(table)), m_use(parameters), m_packet(std::move(packet)),
+      m_cancel(std::move(cancel)) {}
 
 Result<void> DirectUnitReader::SeekTo(UnitNumber first_of_group) {
     if (!m_table->BeginsGroup(first_of_group)) return NotAGroup(*m_file);
@@ -88,9 +76,7 @@ Result<std::optional<CodedUnit>> DirectUnitReader::Next() {
     if (!read) return read.Failure();
     m_packet->pos = extent.offset_bytes;
     m_packet->stream_index = 0;
-    CodedUnit unit = Label(m_packet.get(), m_next++, *m_table);
-    if (m_length_bytes > 0) unit.referenced = IsReferenced(*m_packet, m_length_bytes);
-    return std::optional(unit);
+    return std::optional(Label(m_packet.get(), m_next++, *m_table, m_use));
 }
 
 Result<std::unique_ptr<UnitReader>> FormatUnitReader::Make(std::shared_ptr<const FileSource> file,
@@ -114,7 +100,8 @@ Result<void> FormatUnitReader::Rewind() {
     m_input.reset();
     m_have_packet = false;
     m_next = 0;
-    Result<std::unique_ptr<FormatInput>> input = FormatInput::Open(m_file, m_cancel);
+    Result<std::unique_ptr<FormatInput>> input =
+        FormatInput::Open(m_file, FormatInput::Haste::None, m_cancel);
     if (!input) return input.Failure();
     m_input = std::move(input.Value());
     // The same reading ahead as when the index was made, so that packets are cut the same way.
@@ -123,20 +110,43 @@ Result<void> FormatUnitReader::Rewind() {
         return Error{ErrorKind::Io, "the file has changed while it was open", m_file->Path()};
     }
     m_input->ReadOnly(m_stream_index);
+    const AVCodecParameters* first = m_input->Context()->streams[m_stream_index]->codecpar;
+    m_use.emplace(*first);
+    m_parameters.assign(first->extradata, first->extradata + first->extradata_size);
     return {};
 }
 
 Result<bool> FormatUnitReader::ReadPacket() {
     for (;;) {
         av_packet_unref(m_packet.get());
-        int code = av_read_frame(m_input->Context(), m_packet.get());
+        const int code = m_input->ReadPacket(m_packet.get());
         // Some containers' readers report every failure as the end.
-        if (m_cancel.Cancelled()) code = AVERROR_EXIT;
-        if (code == AVERROR_EXIT || code == AVERROR(EIO) || code == AVERROR(ENOMEM))
+        if (m_cancel.Cancelled())
+            return ffmpeg::MakeError(AVERROR_EXIT, "the file cannot be read any more", m_file->Path());
+        if (code == AVERROR(EIO) || code == AVERROR(ENOMEM))
             return ffmpeg::MakeError(code, "the file cannot be read any more", m_file->Path());
         if (code < 0) return false;
-        if (m_packet->stream_index == m_stream_index && m_packet->size > 0) return true;
+        if (m_packet->stream_index != m_stream_index) continue;
+        NoteParameters();
+        if (m_packet->size > 0) return true;
     }
+}
+
+void FormatUnitReader::NoteParameters() {
+    std::size_t size = 0;
+    const std::uint8_t* data = av_packet_get_side_data(m_packet.get(), AV_PKT_DATA_NEW_EXTRADATA, &size);
+    if (!data) return;
+    m_parameters.assign(data, data + size);
+    m_parameters_change = true;
+}
+
+Result<void> FormatUnitReader::AddParameters() {
+    if (!std::exchange(m_after_seek, false) || !m_parameters_change || m_parameters.empty()) return {};
+    std::uint8_t* data =
+        av_packet_new_side_data(m_packet.get(), AV_PKT_DATA_NEW_EXTRADATA, m_parameters.size());
+    if (!data) return ffmpeg::MakeError(AVERROR(ENOMEM), "cannot read the file", m_file->Path());
+    std::copy(m_parameters.begin(), m_parameters.end(), data);
+    return {};
 }
 
 bool FormatUnitReader::Matches(UnitNumber unit) const {
@@ -148,13 +158,12 @@ bool FormatUnitReader::Matches(UnitNumber unit) const {
 Result<bool> FormatUnitReader::Jump(UnitNumber first_of_group) {
     const FrameTable::Extent extent = m_table->ExtentOf(first_of_group);
     if (extent.offset_bytes < 0 || first_of_group == 0) return false;
-    AVFormatContext* context = m_input->Context();
-    const AVStream* stream = context->streams[m_stream_index];
+    const AVStream* stream = m_input->Context()->streams[m_stream_index];
     const FrameNumber frame = m_table->FrameOf(first_of_group);
     std::int64_t time = av_rescale_q(m_table->TimeOf(frame == kNoFrame ? 0 : frame).count(),
                                      AVRational{1, 1'000'000}, stream->time_base);
     if (stream->start_time != AV_NOPTS_VALUE) time = av_sat_add64(time, stream->start_time);
-    if (avformat_seek_file(context, m_stream_index, INT64_MIN, time, time, 0) < 0) return false;
+    if (!m_input->SeekTo(m_stream_index, time)) return false;
     for (;;) {
         Result<bool> more = ReadPacket();
         if (!more || !more.Value()) return more;
@@ -168,6 +177,7 @@ Result<bool> FormatUnitReader::Jump(UnitNumber first_of_group) {
 // 2. Where that does not find it, from the start, counting.
 Result<void> FormatUnitReader::SeekTo(UnitNumber first_of_group) {
     if (!m_table->BeginsGroup(first_of_group)) return NotAGroup(*m_file);
+    m_after_seek = true;
     const Result<bool> there = Jump(first_of_group);
     if (!there) return there.Failure();
     if (there.Value()) {
@@ -192,7 +202,8 @@ Result<std::optional<CodedUnit>> FormatUnitReader::Next() {
         if (!more.Value()) return std::optional<CodedUnit>();
     }
     m_have_packet = false;
-    return std::optional(Label(m_packet.get(), m_next++, *m_table));
+    if (Result<void> added = AddParameters(); !added) return added.Failure();
+    return std::optional(Label(m_packet.get(), m_next++, *m_table, *m_use));
 }
 
 } // namespace ordune

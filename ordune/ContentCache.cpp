@@ -51,21 +51,16 @@ void ContentCache::Keep(const FileIdentity& identity, const std::shared_ptr<File
 }
 
 void ContentCache::TrimLocked(std::list<std::shared_ptr<FileContent>>& freed) {
+    std::erase_if(m_entries, [](const Entry& entry) { return entry.content.expired(); });
     std::size_t count = 0;
     std::size_t bytes = 0;
-    for (auto entry = m_entries.begin(); entry != m_entries.end();) {
-        ++count;
-        if (entry->kept) bytes += entry->kept->Table().Bytes();
+    for (Entry& entry : m_entries) {
+        if (!entry.kept) continue;
+        bytes += entry.kept->Table().Bytes();
         // The newest stays whatever its size: it is about to be opened again.
-        if (count > 1 && (count > m_capacity || bytes > m_most_bytes)) {
-            if (entry->kept) {
-                bytes -= entry->kept->Table().Bytes();
-                freed.push_back(std::move(entry->kept));
-            }
-            entry = m_entries.erase(entry);
-        } else {
-            ++entry;
-        }
+        if (++count == 1 || (count <= m_capacity && bytes <= m_most_bytes)) continue;
+        bytes -= entry.kept->Table().Bytes();
+        freed.push_back(std::move(entry.kept));
     }
 }
 

@@ -13,7 +13,8 @@ namespace ordune {
 
 class ContentCache {
   public:
-    // Keeps the `capacity` contents used last, and of these at most `most_bytes` of index.
+    // Keeps the `capacity` contents used last, and of these at most `most_bytes` of index. Others are found
+    // as long as somebody holds them.
     ContentCache(std::size_t capacity, std::size_t most_bytes);
 
     // The process's own.
@@ -28,7 +29,7 @@ class ContentCache {
     struct Entry {
         FileIdentity identity;
         std::weak_ptr<FileContent> content;
-        std::shared_ptr<FileContent> kept; // null while the index grows
+        std::shared_ptr<FileContent> kept; // null while the index grows, and for one too many
     };
     void TrimLocked(std::list<std::shared_ptr<FileContent>>& freed);
 

@@ -32,9 +32,10 @@ void DecodeRun::Outcome::Clear() {
     starved = false;
 }
 
-DecodeRun::DecodeRun(std::shared_ptr<const MediaFile> file, std::shared_ptr<PicturePool> pool, int threads,
-                     CancelToken cancel)
-    : m_file(std::move(file)), m_pool(std::move(pool)), m_threads(threads), m_cancel(std::move(cancel)),
+DecodeRun::DecodeRun(std::shared_ptr<const MediaFile> file, std::shared_ptr<PicturePool> pool,
+                     std::function<int()> threads, CancelToken cancel)
+    : m_file(std::move(file)), m_pool(std::move(pool)), m_ask_threads(std::move(threads)),
+      m_cancel(std::move(cancel)),
       // H.264 streams need not say how far they reorder; the other codecs always do.
       m_needs_depth(m_file->Video().codec == "h264") {}
 
@@ -52,13 +53,18 @@ Result<void> DecodeRun::Open() {
         if (!reader) return reader.Failure();
         m_reader = std::move(reader.Value());
     }
-    if (m_decoder && (!m_needs_depth || m_decoder->ReorderDepth() >= m_depth)) return {};
+    const int threads = m_ask_threads();
+    if (m_decoder && threads == m_threads && !m_decoder->SpoiltAt() &&
+        (!m_needs_depth || m_decoder->ReorderDepth() >= m_depth))
+        return {};
     m_decoder.reset(); // first, so that its memory can be used for the new one
+    m_threads = threads;
     auto decoder = PictureDecoder::Make(m_file->VideoParameters(), {m_threads, m_needs_depth ? m_depth : 0},
                                         m_pool, m_file->Path());
     if (!decoder) return decoder.Failure();
     m_decoder = std::move(decoder.Value());
     m_dirty = false;
+    m_last_open = 0;
     return {};
 }
 
@@ -78,16 +84,51 @@ Result<void> DecodeRun::Start(UnitNumber first_of_group, FrameNumber deliver_fro
         }
         m_greatest.clear();
     }
-    if (auto opened = Open(); !opened) return opened;
-    if (m_dirty) m_decoder->Reset();
+    if (m_decoder && m_dirty) m_decoder->Reset();
     m_dirty = false;
+    if (auto opened = Open(); !opened) return opened;
     if (auto sought = m_reader->SeekTo(first_of_group); !sought) return sought;
     m_active = true;
     return {};
 }
 
+// The first closed group after a damaged picture, once the run has come to it.
+std::optional<Group> DecodeRun::GroupBehindDamage() {
+    const std::optional<UnitNumber> damaged = m_decoder->SpoiltAt();
+    if (!damaged) return std::nullopt;
+    const FrameIndex& index = m_file->Index();
+    for (auto group = index.GroupOfUnit(std::max(*damaged, m_last_open)); group;) {
+        const UnitNumber next = group->first_unit + group->unit_count;
+        if (next > m_next) return std::nullopt;
+        group = index.GroupOfUnit(next);
+        if (!group || group->first_unit != next) return std::nullopt; // not known yet
+        if (group->leading_count == 0) return group;
+        m_last_open = next;
+    }
+    return std::nullopt;
+}
+
+// Takes the group up with a decoder that knows nothing of the damage. It is still the run that it was: begun
+// where it was begun.
+Result<void> DecodeRun::PassDamage(const Group& group, Outcome& outcome) {
+    m_decoder->Drain();
+    Collect(outcome, group.first_frame);
+    Settle(group.first_frame, outcome);
+    const UnitNumber start = m_start;
+    Result<void> started = Start(group.first_unit, m_deliver_from);
+    m_start = start;
+    return started;
+}
+
 void DecodeRun::Step(const Chooser& choose, Outcome& outcome) {
     const FrameIndex& index = m_file->Index();
+    if (const std::optional<Group> group = GroupBehindDamage()) {
+        if (const auto passed = PassDamage(*group, outcome); !passed) {
+            outcome.ended = true;
+            if (MayPass(passed.Failure().kind)) outcome.failure = passed.Failure().kind;
+            return;
+        }
+    }
     // Asked before reading: a unit found by the index after the reading is not missed then.
     const bool complete = index.Complete();
     auto next = m_reader->Next();
@@ -105,6 +146,7 @@ void DecodeRun::Step(const Chooser& choose, Outcome& outcome) {
     const FrameNumber frame = index.FrameOf(unit.number);
     const bool referenced = unit.referenced && index.Referenced(unit.number);
     const UnitUse use = choose({unit.number, frame, referenced, m_unreferenced});
+    const int place_in_run = referenced ? -1 : m_unreferenced;
     m_unreferenced = referenced ? 0 : m_unreferenced + 1;
     if (use == UnitUse::LeaveOut) {
         if (frame != kNoFrame) outcome.left_out.push_back(frame);
@@ -122,7 +164,8 @@ void DecodeRun::Step(const Chooser& choose, Outcome& outcome) {
             return;
         }
     }
-    if (frame != kNoFrame && frame >= m_deliver_from) m_in_flight.push_back({frame, use == UnitUse::Full});
+    if (frame != kNoFrame && frame >= m_deliver_from)
+        m_in_flight.push_back({frame, use == UnitUse::Full, place_in_run});
     m_dirty = true;
     m_decoder->Send(unit.packet, use == UnitUse::IfReferenced);
     Collect(outcome);
@@ -137,11 +180,11 @@ void DecodeRun::Drain(Outcome& outcome) {
     outcome.ended = true;
 }
 
-void DecodeRun::Collect(Outcome& outcome) {
+void DecodeRun::Collect(Outcome& outcome, FrameNumber end) {
     while (AVFrame* frame = m_decoder->Receive()) {
         if (frame->pts < 0 || frame->pts >= static_cast<std::int64_t>(kNoUnit)) continue;
         const FrameNumber number = m_file->Index().FrameOf(static_cast<UnitNumber>(frame->pts));
-        if (number == kNoFrame || number < m_deliver_from) continue;
+        if (number >= end || number < m_deliver_from) continue; // kNoFrame is the greatest there is
         Deliver(frame, number, outcome);
     }
     if (m_decoder->RanOutOfMemory()) outcome.failure = ErrorKind::OutOfMemory;
@@ -151,10 +194,13 @@ void DecodeRun::Deliver(AVFrame* frame, FrameNumber number, Outcome& outcome) {
     const VideoInfo& video = m_file->Video();
     if (frame->sample_aspect_ratio.num <= 0 || frame->sample_aspect_ratio.den <= 0)
         frame->sample_aspect_ratio = {video.sample_aspect_numerator, video.sample_aspect_denominator};
-    PicturePtr picture = Picture::FromFrame(frame, number, m_file->Index().TimeOf(number), video.rotation);
+    const auto flight = std::find_if(m_in_flight.begin(), m_in_flight.end(),
+                                     [number](const auto& other) { return other.frame == number; });
+    const int place_in_run = flight == m_in_flight.end() ? -1 : flight->place_in_run;
+    PicturePtr picture =
+        Picture::FromFrame(frame, number, m_file->Index().TimeOf(number), video.rotation, place_in_run);
     if (picture) outcome.pictures.push_back(std::move(picture));
-    std::erase_if(m_in_flight,
-                  [number](const RunPosition::Flight& flight) { return flight.frame == number; });
+    if (flight != m_in_flight.end()) m_in_flight.erase(flight);
     Settle(number, outcome);
 }
 

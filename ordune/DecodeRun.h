@@ -36,7 +36,8 @@ struct RunPosition {
     // A unit that was sent and whose picture has not come out yet.
     struct Flight {
         FrameNumber frame = kNoFrame;
-        bool full = false; // sent as UnitUse::Full
+        bool full = false;     // sent as UnitUse::Full
+        int place_in_run = -1; // as Picture::PlaceInRun
     };
 
     bool active = false;          // started and not yet at its end
@@ -71,8 +72,9 @@ class DecodeRun {
         void Clear();
     };
 
-    DecodeRun(std::shared_ptr<const MediaFile> file, std::shared_ptr<PicturePool> pool, int threads,
-              CancelToken cancel);
+    // `threads` is asked at each start on how many threads to decode.
+    DecodeRun(std::shared_ptr<const MediaFile> file, std::shared_ptr<PicturePool> pool,
+              std::function<int()> threads, CancelToken cancel);
 
     // Begins anew at the first unit of a group; pictures before `deliver_from` will not be given out. What
     // was in flight is forgotten.
@@ -88,7 +90,10 @@ class DecodeRun {
 
   private:
     Result<void> Open();
-    void Collect(Outcome& outcome);
+    std::optional<Group> GroupBehindDamage();
+    Result<void> PassDamage(const Group& group, Outcome& outcome);
+    // Takes what has come out, but for frames from `end` on.
+    void Collect(Outcome& outcome, FrameNumber end = kNoFrame);
     void Deliver(AVFrame* frame, FrameNumber number, Outcome& outcome);
     // Those in flight whose frame is before `frame` are lost.
     void Settle(FrameNumber frame, Outcome& outcome);
@@ -96,13 +101,15 @@ class DecodeRun {
 
     const std::shared_ptr<const MediaFile> m_file;
     const std::shared_ptr<PicturePool> m_pool;
-    const int m_threads;
+    const std::function<int()> m_ask_threads;
     const CancelToken m_cancel; // of reading
     const bool m_needs_depth;   // whether the decoder has to be told how far pictures are reordered
 
     std::unique_ptr<UnitReader> m_reader;
     std::unique_ptr<PictureDecoder> m_decoder;
-    bool m_dirty = false; // the decoder has been sent something since it was reset
+    int m_threads = 1;          // of the decoder
+    bool m_dirty = false;       // the decoder has been sent something since it was reset
+    UnitNumber m_last_open = 0; // the last open group that was passed since the decoder met damage
     bool m_active = false;
     UnitNumber m_start = kNoUnit;
     UnitNumber m_next = kNoUnit;

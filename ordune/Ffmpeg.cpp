@@ -6,8 +6,10 @@ extern "C" {
 #include <libavformat/avformat.h>
 #include <libavutil/error.h>
 #include <libavutil/log.h>
+#include <libavutil/mem.h>
 }
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdarg>
@@ -37,6 +39,9 @@ void IoContextFree::operator()(AVIOContext* context) const {
 void BitstreamFilterFree::operator()(AVBSFContext* filter) const {
     av_bsf_free(&filter);
 }
+void ParserFree::operator()(AVCodecParserContext* parser) const {
+    av_parser_close(parser);
+}
 
 PacketPtr MakePacket() {
     return PacketPtr(av_packet_alloc());
@@ -52,6 +57,17 @@ ParametersPtr CloneParameters(const AVCodecParameters* from) {
     ParametersPtr copy = MakeParameters();
     if (copy && avcodec_parameters_copy(copy.get(), from) < 0) copy.reset();
     return copy;
+}
+
+bool SetExtradata(AVCodecParameters& parameters, std::span<const std::uint8_t> bytes) {
+    av_freep(&parameters.extradata);
+    parameters.extradata_size = 0;
+    parameters.extradata =
+        static_cast<std::uint8_t*>(av_mallocz(bytes.size() + AV_INPUT_BUFFER_PADDING_SIZE));
+    if (!parameters.extradata) return false;
+    std::copy(bytes.begin(), bytes.end(), parameters.extradata);
+    parameters.extradata_size = static_cast<int>(bytes.size());
+    return true;
 }
 
 Result<CodecContextPtr> OpenDecoder(const AVCodecParameters* parameters, int threads,

@@ -6,12 +6,15 @@
 
 #include "ordune/Error.h"
 
+#include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 
 struct AVBSFContext;
 struct AVCodecContext;
 struct AVCodecParameters;
+struct AVCodecParserContext;
 struct AVFormatContext;
 struct AVFrame;
 struct AVIOContext;
@@ -42,6 +45,9 @@ struct IoContextFree {
 struct BitstreamFilterFree {
     void operator()(AVBSFContext* filter) const;
 };
+struct ParserFree {
+    void operator()(AVCodecParserContext* parser) const;
+};
 
 using PacketPtr = std::unique_ptr<AVPacket, PacketFree>;
 using FramePtr = std::unique_ptr<AVFrame, FrameFree>;
@@ -49,6 +55,7 @@ using CodecContextPtr = std::unique_ptr<AVCodecContext, CodecContextFree>;
 using FormatContextPtr = std::unique_ptr<AVFormatContext, FormatContextFree>;
 using ParametersPtr = std::unique_ptr<AVCodecParameters, ParametersFree>;
 using IoContextPtr = std::unique_ptr<AVIOContext, IoContextFree>;
+using ParserPtr = std::unique_ptr<AVCodecParserContext, ParserFree>;
 using BitstreamFilterPtr = std::unique_ptr<AVBSFContext, BitstreamFilterFree>;
 
 PacketPtr MakePacket();
@@ -56,6 +63,8 @@ FramePtr MakeFrame();
 ParametersPtr MakeParameters();
 // A copy of all parameters, extradata included; null when out of memory.
 ParametersPtr CloneParameters(const AVCodecParameters* from);
+// Gives the parameters these bytes as extradata, in place of any they had; false when out of memory.
+bool SetExtradata(AVCodecParameters& parameters, std::span<const std::uint8_t> bytes);
 
 // A decoder for these parameters, opened, with `threads` threads (frame and slice threading as the codec
 // can). Packet time stamps come back on frames unchanged. ErrorKind::UnknownCodec where libavcodec lacks it.

@@ -8,13 +8,14 @@
 #include "ordune/Ffmpeg.h"
 #include "ordune/FileSource.h"
 #include "ordune/FrameTable.h"
+#include "ordune/IndexRun.h"
 #include "ordune/MediaFile.h"
 
-#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace ordune {
 
@@ -28,8 +29,9 @@ class FileContent {
     MediaTime Origin() const { return m_origin; }
     const FrameTable& Table() const { return *m_table; }
 
-    // Whether the index was given up before the file's end for want of memory: not to be kept for others.
-    bool IsShort() const { return m_short.load(std::memory_order_acquire); }
+    // Whether the index ends before the file does, for want of memory or because it could not be read: not to
+    // be kept for others.
+    bool IsShort() const { return m_table->IsShort(); }
 
     // A reader of the units through this descriptor of the same file; see MediaFile.
     virtual Result<std::unique_ptr<UnitReader>> MakeUnitReader(std::shared_ptr<const FileSource> file,
@@ -37,9 +39,9 @@ class FileContent {
 
     // Calls `done` once when the index is complete: now, if it is already, or on the index's thread, with no
     // lock held. The number withdraws it again.
-    virtual std::uint64_t WhenComplete(std::function<void()> done) = 0;
+    std::uint64_t WhenComplete(std::function<void()> done) { return m_run->WhenComplete(std::move(done)); }
     // After this the call has returned or will not be made. Not to be called from within it.
-    virtual void Withdraw(std::uint64_t number) = 0;
+    void Withdraw(std::uint64_t number) { m_run->Withdraw(number); }
 
   protected:
     // Immutable once the object has been handed out.
@@ -48,9 +50,8 @@ class FileContent {
     ffmpeg::ParametersPtr m_parameters;
     MediaTime m_origin{0};
     std::shared_ptr<FrameTable> m_table;
-
-    // Atomic; set before the table is complete.
-    std::atomic<bool> m_short{false};
+    // Made before the object is handed out; what its steps use, they own.
+    std::unique_ptr<IndexRun> m_run;
 };
 
 } // namespace ordune

@@ -2,11 +2,18 @@
 //
 // Never blocks on what is not a file, never changes the file, and is not inherited by child processes. All
 // functions may be called from any thread; reads carry their own position.
+//
+// A share that has gone away lets whoever asks it hang until it is back. No function here waits for that:
+// what has not answered within kPatience counts as a failure to read. Opening is therefore done on a thread
+// of its own, and so is reading where the file does not lie on a disk of this machine. While an opening still
+// hangs, other files of its folder are refused at once, so that a list of them costs the wait once.
 #pragma once
 
 #include "ordune/CancelToken.h"
 #include "ordune/Error.h"
 
+#include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -25,9 +32,14 @@ struct FileIdentity {
     bool operator==(const FileIdentity&) const = default;
 };
 
+class CallThread;
+
 class FileSource {
   public:
-    // NotFound, NotPermitted, NotAFile (a directory, a device, a pipe, a socket) or Io.
+    // How long a share may take to answer.
+    static constexpr std::chrono::milliseconds kPatience{1500};
+
+    // NotFound, NotPermitted, NotAFile (a directory, a device, a pipe, a socket), Io or OutOfMemory.
     static Result<std::shared_ptr<const FileSource>> Open(const std::string& path);
     ~FileSource();
     FileSource(const FileSource&) = delete;
@@ -46,14 +58,22 @@ class FileSource {
     // or has become shorter, or Cancelled.
     Result<void> ReadWhole(std::int64_t offset, void* buffer, std::size_t count,
                            const CancelToken& cancel) const;
-    int Descriptor() const { return m_descriptor; }
+    // Whether reading has failed since it was opened: what is known of the file may not be all of it.
+    bool ReadFailed() const { return m_read_failed.load(std::memory_order_acquire); }
 
   private:
-    FileSource(std::string path, int descriptor, const FileIdentity& identity);
+    class Descriptor;
+    struct Opened;
+
+    FileSource(std::string path, Opened opened, std::unique_ptr<CallThread> calls);
+    static void OpenHere(const std::string& path, Opened& opened);
+    std::int64_t ReadApart(std::int64_t offset, void* buffer, std::size_t count) const;
 
     const std::string m_path;
-    const int m_descriptor;
     const FileIdentity m_identity;
+    std::shared_ptr<const Descriptor> m_descriptor; // shared with a call that hangs
+    const std::unique_ptr<CallThread> m_calls;      // null where the disk is this machine's
+    mutable std::atomic<bool> m_read_failed{false};
 };
 
 } // namespace ordune

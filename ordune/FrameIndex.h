@@ -1,8 +1,9 @@
 // Every picture of a file: how many there are, when each is shown, and which coded units make it.
 //
 // Owned by a MediaFile and shared with whoever reads the file. All queries may be made from any thread and
-// none reads the file: what they need is in memory when the file is open. The index of a large raw stream
-// grows in the background; it is never wrong, only short: what it says of a frame below Known() is final.
+// none reads the file: what they need is in memory when the file is open. The index of a large file that has
+// to be read for it grows in the background; it is never wrong, only short: what it says of a frame below
+// Known() is final.
 #pragma once
 
 #include "ordune/Frame.h"

@@ -39,12 +39,18 @@ struct Want {
     // Of each run of pictures that no other refers to, leave out this many at its front while playing (0, 1,
     // 2).
     int leave_out = 0;
+    // While playing, how many frames apart the pictures are that are shown; 0 where it is every one.
+    FrameNumber stride = 0;
 };
 
 struct FrameReaderOptions {
-    std::size_t cache_bytes = 0; // 0: the smaller of 512 MB and an eighth of the machine's memory
-    int threads = 0;             // decoder threads; 0: as many as the machine has cores, at most 16
-    FrameNumber ahead = 8;       // how many frames are kept decoded ahead of the wanted one
+    // Memory for kept pictures, and decoder threads. With 0 for both, as a program's readers have it, all
+    // such readers share what the process has: the smaller of 512 MB and an eighth of the machine's memory,
+    // and as many threads as there are cores (at most 16). With 0 for one of them it is that much for this
+    // reader.
+    std::size_t cache_bytes = 0;
+    int threads = 0;
+    FrameNumber ahead = 8; // how many frames are kept decoded ahead of the wanted one
 };
 
 class FrameReader {
@@ -66,12 +72,18 @@ class FrameReader {
 
     // All of these: any thread, at once, no decoding in the call.
     virtual void SetWant(const Want& want) = 0;
+    // Nothing is wanted until the next SetWant: pictures and decoders are let go of, and other readers may
+    // have the memory.
+    virtual void WantNothing() = 0;
     virtual PicturePtr Find(FrameNumber frame) const = 0;
     // The newest kept picture whose number lies in [first, last]; null where there is none.
     virtual PicturePtr FindNewest(FrameNumber first, FrameNumber last) const = 0;
     // The oldest kept picture whose number lies in [first, last]; null where there is none.
     virtual PicturePtr FindOldest(FrameNumber first, FrameNumber last) const = 0;
     virtual State StateOf(FrameNumber frame) const = 0;
+    // Whether the frame did not come out from its own key picture nor from the one before, and is tried, when
+    // it is wanted, from so far back that it can take minutes: damaged, as a rule.
+    virtual bool Doubtful(FrameNumber frame) const = 0;
     // Memory that kept pictures hold.
     virtual std::size_t CacheBytes() const = 0;
 };

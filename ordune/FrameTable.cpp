@@ -70,6 +70,13 @@ void FrameTable::Finish(std::int64_t end_tick) {
     m_complete.store(true, std::memory_order_release);
 }
 
+void FrameTable::FinishShort() {
+    MarkShort();
+    const FrameNumber known = Known();
+    const std::int64_t last = m_sized && known > 0 ? m_ticks[known - 1] : 0;
+    Finish(known > 1 ? last + last / (known - 1) : last);
+}
+
 std::size_t FrameTable::Bytes() const {
     return m_offsets.Bytes() + m_sizes.Bytes() + m_frame_of.Bytes() + m_unit_of.Bytes() + m_ticks.Bytes() +
            m_groups.Bytes();
@@ -82,18 +89,22 @@ FrameNumber FrameTable::Total() const {
 }
 
 MediaTime FrameTable::TimeOf(FrameNumber frame) const {
-    const FrameNumber known = Known();
     if (!m_sized) return TimeOfTicks(frame, m_scale);
+    const bool complete = Complete();
+    const FrameNumber known = Known();
     if (frame < known) return TimeOfTicks(m_ticks[frame], m_scale);
+    const MediaTime last = known > 0 ? TimeOfTicks(m_ticks[known - 1], m_scale) : MediaTime(0);
+    const MediaTime from = complete ? Duration() : last;
+    const std::int64_t frames = std::int64_t{frame} - known + (complete || known == 0 ? 0 : 1);
     const Rate rate = AverageRate();
-    const std::int64_t beyond = av_rescale_rnd(std::int64_t{frame} - known, rate.denominator * 1'000'000,
-                                               rate.numerator, AV_ROUND_NEAR_INF);
-    return std::min(Duration() + Bounded(beyond, true), kLongestTime);
+    const std::int64_t beyond =
+        av_rescale_rnd(frames, rate.denominator * 1'000'000, rate.numerator, AV_ROUND_NEAR_INF);
+    return std::min(from + Bounded(beyond, true), kLongestTime);
 }
 
 FrameNumber FrameTable::FrameAt(MediaTime time) const {
     const FrameNumber total = Total();
-    if (total == 0 || time <= MediaTime(0)) return 0;
+    if (total == 0 || time < MediaTime(0)) return 0;
     FrameNumber low = 0; // TimeOf(low) <= time < TimeOf(high), with high's time taken as endless
     FrameNumber high = total;
     while (high - low > 1) {
@@ -104,14 +115,20 @@ FrameNumber FrameTable::FrameAt(MediaTime time) const {
 }
 
 MediaTime FrameTable::Duration() const {
-    const std::int64_t ticks = m_sized ? m_end_tick.load(std::memory_order_acquire) : std::int64_t{Total()};
-    return TimeOfTicks(ticks, m_scale);
+    if (!m_sized) return TimeOfTicks(Total(), m_scale);
+    if (!Complete()) return TimeOf(Total());
+    return TimeOfTicks(m_end_tick.load(std::memory_order_acquire), m_scale);
 }
 
 FrameTable::Rate FrameTable::AverageRate() const {
     if (!m_sized) return {m_scale.tick_denominator, m_scale.tick_numerator};
-    const std::int64_t ticks = m_end_tick.load(std::memory_order_acquire);
-    const std::int64_t frames = Known();
+    const bool complete = Complete();
+    const std::int64_t known = Known();
+    // While it grows, the last frame's own duration is not known.
+    const std::int64_t frames = complete || known == 0 ? known : known - 1;
+    const std::int64_t ticks = complete    ? m_end_tick.load(std::memory_order_acquire)
+                               : known > 0 ? m_ticks[static_cast<FrameNumber>(known - 1)]
+                                           : 0;
     if (frames == 0 || ticks <= 0) return {25, 1};
     int numerator = 0;
     int denominator = 0;

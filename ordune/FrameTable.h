@@ -36,11 +36,13 @@ class FrameTable final : public FrameIndex {
     // With `sized`, units have sizes of their own and frames have ticks; without, a unit reaches to the next
     // one and frames come one tick after the other.
     explicit FrameTable(bool sized);
+    bool Sized() const { return m_sized; }
 
     // --- Filling: the owner's thread alone. ---
 
     // Before the table is shared.
     void SetTimeScale(const TimeScale& scale) { m_scale = scale; }
+    const TimeScale& Scale() const { return m_scale; }
     // The next unit in the order of decoding. `offset_bytes` may be -1 (not known).
     UnitNumber AddUnit(std::int64_t offset_bytes, std::uint32_t size_bytes, UnitFlags flags);
     // The next frame in the order of presentation; frame 0 must have tick 0, and ticks must not fall.
@@ -54,8 +56,13 @@ class FrameTable final : public FrameIndex {
     // Makes the first so many visible. Every frame below `frames` must come from a unit below `units`. In a
     // table that is not `sized` there must be one unit more, or the end: a unit ends where the next begins.
     void Publish(UnitNumber units, FrameNumber frames, std::uint32_t groups, FrameNumber estimated_total);
-    // The end of the last frame's display in ticks (`sized` tables), and that nothing more will come.
+    // The end of the last frame's display in ticks (`sized` tables), and that nothing more will come. After
+    // the last Publish.
     void Finish(std::int64_t end_tick);
+    // What is found is not all there is: the file could not be read whole. Before Finish.
+    void MarkShort() { m_short.store(true, std::memory_order_release); }
+    // Nothing more will come, though the file goes on: what was published is all there is.
+    void FinishShort();
     // Where the last unit ends (tables that are not `sized`); after it no unit is added.
     void AddEnd(std::int64_t end_offset);
     std::size_t Bytes() const;
@@ -78,6 +85,8 @@ class FrameTable final : public FrameIndex {
     std::optional<KeyFrame> KeyAtOrBefore(FrameNumber frame) const override;
     std::optional<KeyFrame> KeyAfter(FrameNumber frame) const override;
 
+    // Of a complete table, whether it ends before the file does.
+    bool IsShort() const { return m_short.load(std::memory_order_acquire); }
     // How many units may be asked for so far.
     UnitNumber KnownUnits() const { return m_units.load(std::memory_order_acquire); }
     // Whether the unit is the first of a group.
@@ -125,6 +134,7 @@ class FrameTable final : public FrameIndex {
     std::atomic<std::uint32_t> m_group_count{0};
     std::atomic<FrameNumber> m_estimate{0};
     std::atomic<FrameNumber> m_frames{0};
+    std::atomic<bool> m_short{false}; // stored before m_complete
     std::atomic<bool> m_complete{false};
 };
 

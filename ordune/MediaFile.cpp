@@ -5,6 +5,7 @@
 #include "ordune/FileSource.h"
 #include "ordune/FormatInput.h"
 #include "ordune/RawContent.h"
+#include "ordune/SalvageContent.h"
 
 #include <chrono>
 #include <cstring>
@@ -17,6 +18,8 @@ namespace {
 
 // An index that takes longer is finished while the file already plays.
 constexpr std::chrono::milliseconds kIndexPatience{60};
+// Tables in memory are soon gone through, so that the number of frames is as good as always exact at opening.
+constexpr std::chrono::milliseconds kTablePatience{250};
 
 class OpenedFile final : public MediaFile {
   public:
@@ -52,19 +55,33 @@ class OpenedFile final : public MediaFile {
     std::uint64_t m_subscription = 0;
 };
 
-Result<std::shared_ptr<FileContent>> Recognise(const std::shared_ptr<const FileSource>& file) {
-    Result<std::unique_ptr<FormatInput>> input = FormatInput::Open(file);
+Result<std::shared_ptr<FileContent>> RecogniseWhole(const std::shared_ptr<const FileSource>& file) {
+    Result<std::shared_ptr<FileContent>> tables = ContainerContent::MakeFromTables(file, kTablePatience);
+    if (!tables || tables.Value()) return tables;
+    Result<std::unique_ptr<FormatInput>> input =
+        FormatInput::Open(file, FormatInput::Haste::Opening, CancelToken::Make());
     const bool raw = !input || std::strcmp(input.Value()->FormatName(), "h264") == 0;
     if (raw && RawContent::Recognise(*file)) return RawContent::Make(file, kIndexPatience);
     if (!input) return input.Failure();
-    return ContainerContent::Make(file, *input.Value());
+    return ContainerContent::Make(file, std::move(input.Value()), kIndexPatience);
+}
+
+Result<std::shared_ptr<FileContent>> Recognise(const std::shared_ptr<const FileSource>& file) {
+    Result<std::shared_ptr<FileContent>> content = RecogniseWhole(file);
+    if (content) return content;
+    const ErrorKind kind = content.Failure().kind;
+    if (kind != ErrorKind::NotMedia && kind != ErrorKind::NoVideo && kind != ErrorKind::Damaged)
+        return content;
+    Result<std::shared_ptr<FileContent>> salvaged = SalvageContent::Make(file, kIndexPatience);
+    return salvaged && salvaged.Value() ? salvaged : content;
 }
 
 Result<std::shared_ptr<FileContent>> FindContent(const std::shared_ptr<const FileSource>& file) {
     if (std::shared_ptr<FileContent> known = ContentCache::Shared().Find(file->Identity())) return known;
     Result<std::shared_ptr<FileContent>> content = Recognise(file);
-    // A file that was written to meanwhile is looked at afresh next time.
-    if (content && file->Unchanged()) ContentCache::Shared().Keep(file->Identity(), content.Value());
+    // A file that was written to meanwhile, or could not be read, is looked at afresh next time.
+    if (content && file->Unchanged() && !file->ReadFailed())
+        ContentCache::Shared().Keep(file->Identity(), content.Value());
     return content;
 }
 

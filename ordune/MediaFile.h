@@ -1,6 +1,6 @@
 // A file opened for watching: what streams it has, its index, and readers of its coded units.
 //
-// Immutable after opening but for the index that a large raw stream completes in the background; every
+// Immutable after opening but for the index that a large file completes in the background; every
 // function may be called from any thread. The file is only ever read. It ends when the last holder lets go,
 // which stops and joins the index thread.
 #pragma once
@@ -57,8 +57,8 @@ class UnitReader {
 
 class MediaFile {
   public:
-    // Opens the file for reading: recognises it, makes its index (or begins to, for a raw stream so large
-    // that it takes more than 100 ms) and makes sure that at least one picture can be decoded. `index_done`
+    // Opens the file for reading: recognises it, makes its index (or begins to, where that takes more than
+    // 100 ms) and makes sure that at least one picture can be decoded. `index_done`
     // is called once, on whatever thread completes the index, also from within Open; it must not call back
     // into this file's end.
     static Result<std::shared_ptr<MediaFile>> Open(const std::string& path,

@@ -23,11 +23,12 @@ constexpr std::uint32_t Name(const char (&text)[5]) {
 
 class Counter {
   public:
-    explicit Counter(const FileSource& file) : m_file(file) {}
+    Counter(const FileSource& file, const std::function<bool()>& given_up)
+        : m_file(file), m_given_up(given_up) {}
 
     // The boxes from `at` to `end`, and those inside them.
     void Walk(std::int64_t at, std::int64_t end, int depth);
-    std::uint64_t Samples() const { return m_samples; }
+    const Mp4Claims& Claims() const { return m_claims; }
 
   private:
     // What the boxes of the track say, in whatever order they come.
@@ -44,7 +45,8 @@ class Counter {
     void EndTrack();
 
     const FileSource& m_file;
-    std::uint64_t m_samples = 0;
+    const std::function<bool()>& m_given_up;
+    Mp4Claims m_claims;
     Track m_track;
     // The piece of the file that was read last: headers stand close to each other.
     std::array<std::uint8_t, 4096> m_bytes{};
@@ -56,7 +58,8 @@ class Counter {
 std::uint32_t Counter::Read32(std::int64_t at) {
     if (at < m_at || at + 4 > m_at + m_size) {
         m_at = at;
-        m_size = std::max<std::int64_t>(m_file.ReadAt(at, m_bytes.data(), m_bytes.size()), 0);
+        m_size =
+            m_given_up() ? 0 : std::max<std::int64_t>(m_file.ReadAt(at, m_bytes.data(), m_bytes.size()), 0);
         if (m_size < 4) return 0;
     }
     const std::uint8_t* p = m_bytes.data() + (at - m_at);
@@ -79,6 +82,10 @@ void Counter::Walk(std::int64_t at, std::int64_t end, int depth) {
         const std::int64_t next =
             at +
             static_cast<std::int64_t>(std::min<std::uint64_t>(size, static_cast<std::uint64_t>(end - at)));
+        if (depth == 0) {
+            ++m_claims.boxes;
+            if (name == Name("moov") || name == Name("moof")) m_claims.movie_bytes += next - at;
+        }
         switch (name) {
         case Name("moov"):
         case Name("trak"):
@@ -120,7 +127,7 @@ void Counter::Look(std::uint32_t name, std::int64_t begin, std::int64_t end) {
             m_track.most_in_chunk = std::max<std::uint64_t>(m_track.most_in_chunk, Read32(entry + 4));
         break;
     case Name("trun"):
-        m_samples += Read32(begin + 4);
+        m_claims.samples += Read32(begin + 4);
         break;
     default:
         break;
@@ -129,21 +136,21 @@ void Counter::Look(std::uint32_t name, std::int64_t begin, std::int64_t end) {
 
 void Counter::EndTrack() {
     if (m_track.sound && m_track.one_tick_each)
-        m_samples += m_track.chunks * (m_track.most_in_chunk / kPlainSoundBlock + 1);
+        m_claims.samples += m_track.chunks * (m_track.most_in_chunk / kPlainSoundBlock + 1);
     else
-        m_samples += m_track.samples;
+        m_claims.samples += m_track.samples;
     m_track = {};
 }
 
 } // namespace
 
-std::uint64_t CountClaimedSamples(const FileSource& file) {
-    Counter counter(file);
+Mp4Claims Mp4Claims::Of(const FileSource& file, const std::function<bool()>& given_up) {
+    Counter counter(file, given_up);
     counter.Walk(0, file.Size(), 0);
-    return counter.Samples();
+    return counter.Claims();
 }
 
-bool IsTooMuch(std::uint64_t samples, std::int64_t file_bytes) {
+bool Mp4Claims::TooMuchFor(std::int64_t file_bytes) const {
     if (samples <= kAlwaysBelieved) return false;
     return samples > kNeverBelieved ||
            samples > static_cast<std::uint64_t>(std::max<std::int64_t>(file_bytes, 0));

@@ -45,7 +45,7 @@ void SkipScalingList(BitReader& bits, unsigned size) {
     std::int32_t last = 8;
     std::int32_t next = 8;
     for (unsigned i = 0; i < size; ++i) {
-        if (next != 0) next = (last + bits.Signed()) & 255;
+        if (next != 0) next = static_cast<std::int32_t>((last + std::int64_t{bits.Signed()}) & 255);
         if (next != 0) last = next;
     }
 }

@@ -8,7 +8,8 @@ extern "C" {
 
 namespace ordune {
 
-PicturePtr Picture::FromFrame(const AVFrame* frame, FrameNumber number, MediaTime time, int rotation) {
+PicturePtr Picture::FromFrame(const AVFrame* frame, FrameNumber number, MediaTime time, int rotation,
+                              int place_in_run) {
     std::shared_ptr<Picture> picture(new (std::nothrow) Picture);
     if (!picture) return nullptr;
     picture->m_frame = av_frame_clone(frame);
@@ -16,6 +17,7 @@ PicturePtr Picture::FromFrame(const AVFrame* frame, FrameNumber number, MediaTim
     picture->m_number = number;
     picture->m_time = time;
     picture->m_rotation = ((rotation % 360) + 360) % 360;
+    picture->m_place_in_run = place_in_run;
     for (const AVBufferRef* buffer : picture->m_frame->buf) {
         if (buffer) picture->m_bytes += buffer->size;
     }

@@ -17,8 +17,10 @@ using PicturePtr = std::shared_ptr<const Picture>;
 class Picture {
   public:
     // Takes a new reference to the frame's buffers. `rotation` is in degrees clockwise, a multiple of 90, and
-    // not yet applied to the pixels. Returns null when out of memory.
-    static PicturePtr FromFrame(const AVFrame* frame, FrameNumber number, MediaTime time, int rotation);
+    // not yet applied to the pixels; `place_in_run` as PlaceInRun() tells it. Returns null when out of
+    // memory.
+    static PicturePtr FromFrame(const AVFrame* frame, FrameNumber number, MediaTime time, int rotation,
+                                int place_in_run = -1);
 
     Picture(const Picture&) = delete;
     Picture& operator=(const Picture&) = delete;
@@ -27,6 +29,9 @@ class Picture {
     FrameNumber Number() const { return m_number; }
     MediaTime Time() const { return m_time; }
     int Rotation() const { return m_rotation; }
+    // Its place, from 0 on, among the pictures next to each other in the file that no other refers to; -1 for
+    // one that others refer to, or where that cannot be told.
+    int PlaceInRun() const { return m_place_in_run; }
 
     // Size as decoded, and size as shown, which is the former turned by the rotation.
     int CodedWidth() const;
@@ -50,6 +55,7 @@ class Picture {
     FrameNumber m_number = kNoFrame;
     MediaTime m_time{0};
     int m_rotation = 0;
+    int m_place_in_run = -1;
     std::size_t m_bytes = 0;
 };
 

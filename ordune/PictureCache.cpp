@@ -55,6 +55,11 @@ bool PictureCache::Add(PicturePtr picture, std::vector<PicturePtr>& dropped) {
 
     CountIn(*picture);
     m_pictures.emplace(number, picture);
+    Fit(dropped);
+    return m_pictures.contains(number);
+}
+
+void PictureCache::Fit(std::vector<PicturePtr>& dropped) {
     while (m_bytes > m_budget && m_pictures.size() > 1) {
         auto worst = MostRemote();
         if (worst->first == m_wanted)
@@ -63,12 +68,26 @@ bool PictureCache::Add(PicturePtr picture, std::vector<PicturePtr>& dropped) {
         dropped.push_back(std::move(worst->second));
         m_pictures.erase(worst);
     }
-    return m_pictures.contains(number);
+}
+
+void PictureCache::SetBudget(std::size_t bytes, std::vector<PicturePtr>& dropped) {
+    m_budget = bytes;
+    Fit(dropped);
+}
+
+void PictureCache::Clear(std::vector<PicturePtr>& dropped) {
+    for (auto& [number, picture] : m_pictures)
+        dropped.push_back(std::move(picture));
+    m_pictures.clear();
+    m_holders.clear();
+    m_bytes = 0;
 }
 
 void PictureCache::DropBehind(std::vector<PicturePtr>& dropped) {
     while (!m_pictures.empty() && m_pictures.begin()->first < m_first) {
         const auto oldest = m_pictures.begin();
+        const auto next = std::next(oldest);
+        if (next == m_pictures.end() || next->first > m_wanted) return;
         CountOut(*oldest->second);
         dropped.push_back(std::move(oldest->second));
         m_pictures.erase(oldest);

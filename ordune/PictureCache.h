@@ -29,7 +29,13 @@ class PictureCache {
     // already.
     bool Add(PicturePtr picture, std::vector<PicturePtr>& dropped);
 
-    // Lets go of all pictures before the window.
+    // Lets go of what no longer fits.
+    void SetBudget(std::size_t bytes, std::vector<PicturePtr>& dropped);
+
+    // Lets go of all pictures.
+    void Clear(std::vector<PicturePtr>& dropped);
+    // Lets go of all pictures before the window, but for the newest that does not lie after the wanted frame:
+    // decoding that is late has nothing else to show.
     void DropBehind(std::vector<PicturePtr>& dropped);
 
     bool Has(FrameNumber frame) const { return m_pictures.contains(frame); }
@@ -51,8 +57,9 @@ class PictureCache {
     Pictures::iterator MostRemote();
     void CountIn(const Picture& picture);
     void CountOut(const Picture& picture);
+    void Fit(std::vector<PicturePtr>& dropped);
 
-    const std::size_t m_budget;
+    std::size_t m_budget;
     Pictures m_pictures;
     // How many kept pictures hold each buffer.
     std::unordered_map<const AVBuffer*, int> m_holders;

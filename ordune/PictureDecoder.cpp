@@ -77,7 +77,11 @@ AVFrame* PictureDecoder::Receive() {
     // bounded in case an error repeats itself.
     for (int tries = 0; tries < 64; ++tries) {
         const int code = avcodec_receive_frame(m_context.get(), m_frame.get());
-        if (code == 0) return m_frame.get();
+        if (code == 0) {
+            const bool damaged = (m_frame->decode_error_flags & FF_DECODE_ERROR_DECODE_SLICES) != 0;
+            if (damaged && !m_spoilt_at) m_spoilt_at = static_cast<UnitNumber>(m_frame->pts);
+            return m_frame.get();
+        }
         if (code == AVERROR(ENOMEM)) m_out_of_memory = true;
         if (code == AVERROR(EAGAIN) || code == AVERROR_EOF) return nullptr;
     }
@@ -85,6 +89,11 @@ AVFrame* PictureDecoder::Receive() {
 }
 
 void PictureDecoder::Reset() {
+    // Pictures still in flight may be damaged, and only coming out do they say so. What its threads have
+    // begun is waited for either way.
+    Drain();
+    while (Receive()) {
+    }
     avcodec_flush_buffers(m_context.get());
     m_out_of_memory = false;
 }

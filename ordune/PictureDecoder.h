@@ -11,6 +11,7 @@
 #include "ordune/PicturePool.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace ordune {
@@ -40,12 +41,17 @@ class PictureDecoder {
     // The next picture in order of presentation, valid until the next call; null when another unit is needed.
     // frame->pts is the number of its unit.
     AVFrame* Receive();
-    // Forgets everything that was sent. The next unit must be a key picture.
+    // Forgets everything that was sent, but for damage. The next unit must be a key picture.
     void Reset();
 
     // Whether memory ran out while a unit was decoded, since the last Reset: its picture does not come out
     // then, nor do those that refer to it come out right.
     bool RanOutOfMemory() const { return m_out_of_memory; }
+
+    // The unit of the first picture in which the decoder gave something up as damaged. libavcodec's H.264
+    // (5.1 at least) is then no longer what a new one is: pictures of later groups come out wrong, also after
+    // Reset.
+    std::optional<UnitNumber> SpoiltAt() const { return m_spoilt_at; }
 
     int ReorderDepth() const { return m_reorder_depth; }
 
@@ -58,6 +64,7 @@ class PictureDecoder {
     ffmpeg::FramePtr m_frame;
     ffmpeg::CodecContextPtr m_context;
     int m_reorder_depth = 0;
+    std::optional<UnitNumber> m_spoilt_at;
     bool m_out_of_memory = false;
 };
 

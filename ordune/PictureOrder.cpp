@@ -46,7 +46,10 @@ PictureOrder::Fields PictureOrder::FromFrameNumber(const SliceHeader& slice,
         std::int64_t whole = 0;
         for (const std::int32_t offset : sequence.offsets_in_cycle)
             whole += offset;
-        expected = (number - 1) / cycle * whole;
+        // Counts have 32 bits (8.2.1). A hostile stream's factors are cut to them, so that their product
+        // fits.
+        expected =
+            std::int64_t{static_cast<std::int32_t>((number - 1) / cycle)} * static_cast<std::int32_t>(whole);
         for (std::int64_t i = 0; i <= (number - 1) % cycle; ++i) {
             expected += sequence.offsets_in_cycle[static_cast<std::size_t>(i)];
         }

@@ -6,8 +6,10 @@ extern "C" {
 #include <libavutil/pixdesc.h>
 }
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <iterator>
 #include <mutex>
 #include <new>
 #include <vector>
@@ -81,10 +83,15 @@ struct PicturePool::Store : std::enable_shared_from_this<PicturePool::Store> {
     // Immutable.
     std::size_t spare_limit = 0;
 
+    struct Buffer {
+        std::uint8_t* memory = nullptr;
+        std::size_t bytes = 0;
+    };
+
     // Guarded by mutex.
     mutable std::mutex mutex;
-    std::vector<std::uint8_t*> spare; // all of spare_size
-    std::size_t spare_size = 0;       // size of the buffers asked for last; others are not worth keeping
+    std::vector<Buffer> spare; // the one given back last stands last
+    std::size_t spare_bytes = 0;
     std::size_t total_bytes = 0;
     std::size_t made = 0;
     bool closed = false;
@@ -95,68 +102,76 @@ struct PicturePool::Store : std::enable_shared_from_this<PicturePool::Store> {
         std::size_t bytes = 0;
     };
 
-    ~Store() { FreeAll(spare, spare_size); }
+    ~Store() { FreeAll(spare); }
 
-    static void FreeAll(const std::vector<std::uint8_t*>& buffers, std::size_t bytes) {
-        for (std::uint8_t* buffer : buffers)
-            munmap(buffer, bytes);
+    static void FreeAll(const std::vector<Buffer>& buffers) {
+        for (const Buffer& buffer : buffers)
+            munmap(buffer.memory, buffer.bytes);
+    }
+
+    std::uint8_t* TakeSpare(std::size_t bytes) {
+        const std::lock_guard lock(mutex);
+        const auto found = std::find_if(spare.rbegin(), spare.rend(),
+                                        [bytes](const Buffer& buffer) { return buffer.bytes == bytes; });
+        if (found == spare.rend()) return nullptr;
+        std::uint8_t* const memory = found->memory;
+        spare.erase(std::prev(found.base()));
+        spare_bytes -= bytes;
+        return memory;
     }
 
     std::uint8_t* Take(std::size_t bytes) {
-        std::vector<std::uint8_t*> stale;
-        std::size_t stale_size = 0;
-        std::uint8_t* buffer = nullptr;
-        {
-            const std::lock_guard lock(mutex);
-            if (spare_size != bytes) {
-                stale.swap(spare);
-                stale_size = spare_size;
-                spare_size = bytes;
-                total_bytes -= stale.size() * stale_size;
-            }
-            if (!spare.empty()) {
-                buffer = spare.back();
-                spare.pop_back();
-            }
-        }
-        FreeAll(stale, stale_size);
-        if (buffer) return buffer;
-
-        buffer = MapMemory(bytes);
-        if (!buffer) return nullptr;
+        if (std::uint8_t* spare_memory = TakeSpare(bytes)) return spare_memory;
+        std::uint8_t* const memory = MapMemory(bytes);
+        if (!memory) return nullptr;
         const std::lock_guard lock(mutex);
         total_bytes += bytes;
         ++made;
-        return buffer;
+        return memory;
     }
 
-    void GiveBack(std::uint8_t* buffer, std::size_t bytes) {
-        {
-            const std::lock_guard lock(mutex);
-            if (!closed && bytes == spare_size && (spare.size() + 1) * bytes <= spare_limit) {
-                try {
-                    spare.push_back(buffer);
-                    return;
-                } catch (const std::bad_alloc&) {
-                    // Called as a picture ends, where nothing may throw: the buffer is not kept then.
-                }
+    // Called as a picture ends, where nothing may throw: without memory to note it, the buffer is not kept.
+    void GiveBack(std::uint8_t* memory, std::size_t bytes) {
+        if (!Keep({memory, bytes})) munmap(memory, bytes);
+        for (Buffer stale = TakeSurplus(); stale.memory; stale = TakeSurplus())
+            munmap(stale.memory, stale.bytes);
+    }
+
+    bool Keep(const Buffer& buffer) {
+        const std::lock_guard lock(mutex);
+        if (!closed && buffer.bytes <= spare_limit) {
+            try {
+                spare.push_back(buffer);
+                spare_bytes += buffer.bytes;
+                return true;
+            } catch (const std::bad_alloc&) {
             }
-            total_bytes -= bytes;
         }
-        munmap(buffer, bytes);
+        total_bytes -= buffer.bytes;
+        return false;
+    }
+
+    // The oldest spare buffer while there are too many: its size may not be asked for any more.
+    Buffer TakeSurplus() {
+        const std::lock_guard lock(mutex);
+        if (spare_bytes <= spare_limit) return {};
+        const Buffer oldest = spare.front();
+        spare.erase(spare.begin());
+        spare_bytes -= oldest.bytes;
+        total_bytes -= oldest.bytes;
+        return oldest;
     }
 
     void Trim(bool close) {
-        std::vector<std::uint8_t*> stale;
-        std::size_t size = 0;
+        std::vector<Buffer> stale;
         {
             const std::lock_guard lock(mutex);
             stale.swap(spare);
-            size = spare_size;
-            total_bytes -= stale.size() * size;
+            total_bytes -= spare_bytes;
+            spare_bytes = 0;
             closed = closed || close;
         }
-        FreeAll(stale, size);
+        FreeAll(stale);
     }
 
     static void Release(void* opaque, std::uint8_t* data) {

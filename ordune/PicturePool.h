@@ -1,10 +1,10 @@
 // Memory for decoded pictures, used again and again.
 //
 // Fresh memory costs about as much as the decoding itself (the kernel clears every page at its first touch),
-// so a buffer that a dropped picture gives back is kept for the next picture of the same size. Buffers are
-// taken from the kernel directly, with large pages where it has them. Thread-safe: decoder threads take
-// buffers, and whichever thread drops the last reference to a picture gives one back. Buffers outlive the
-// pool while pictures hold them.
+// so a buffer that a dropped picture gives back is kept for the next picture of the same size, whichever
+// reader of the pool decodes it. Buffers are taken from the kernel directly, with large pages where it has
+// them. Thread-safe: decoder threads take buffers, and whichever thread drops the last reference to a picture
+// gives one back. Buffers outlive the pool while pictures hold them.
 #pragma once
 
 #include <cstddef>

@@ -8,9 +8,15 @@ struct AVCodecParameters;
 
 namespace ordune {
 
-// Decodes units from the first on until a picture comes out, for at most a second. NoVideo where none does.
-// Uses up the reader.
-Result<void> ProbeForPicture(const AVCodecParameters& parameters, UnitReader& reader,
-                             const std::string& path);
+// As decoded, in pixels.
+struct PictureSize {
+    int width = 0;
+    int height = 0;
+};
+
+// Decodes units from the first on until a picture comes out, for at most a second; its size goes to `size`.
+// NoVideo where none does. Uses up the reader.
+Result<void> ProbeForPicture(const AVCodecParameters& parameters, UnitReader& reader, const std::string& path,
+                             PictureSize* size = nullptr);
 
 } // namespace ordune

@@ -13,13 +13,14 @@ constexpr UnitNumber kNearKey = 4;
 // decoder state hardly ever lives longer. The file's start, which comes last, can take minutes in a file of
 // many hours.
 constexpr UnitNumber kFarUnits = 3000;
-// How much is decoded in full before a frame that is jumped to: a sixteenth of the way keeps the jump within
-// a few percent of the quickest.
-constexpr UnitNumber kLeadShare = 16;
+// How much is decoded in full before a frame that is jumped to: a quarter of the way keeps the jump within a
+// tenth of the quickest, as every second picture of it is made at least.
+constexpr UnitNumber kLeadShare = 4;
 constexpr FrameNumber kLeastLead = 4;
-constexpr FrameNumber kMostLead = 8;
 // How much before a frame that a step back did not find made: two seconds of stepping.
 constexpr FrameNumber kStepBackLead = 64;
+// A pass behind the wanted frame over fewer pictures would mostly fill and empty the decoder.
+constexpr FrameNumber kLeastPass = 12;
 // While only key pictures are shown, so many are made in advance.
 constexpr int kKeysAhead = 3;
 
@@ -111,6 +112,18 @@ std::optional<UnitNumber> WayTo(const ReadState& state, const RunPosition& run, 
     return unit - run.next;
 }
 
+// Decodes a key picture alone.
+ReadAction MakeKey(FrameNumber key, UnitNumber unit, RunName run) {
+    ReadAction action;
+    action.kind = ReadAction::Kind::DecodeKey;
+    action.needed = key;
+    action.run = run;
+    action.start = unit;
+    action.deliver_from = key;
+    action.stretch = {key, key};
+    return action;
+}
+
 } // namespace
 
 Reach ReadPlanner::ReachOf(const FrameIndex& index, UnitNumber start, FrameNumber frame) {
@@ -168,7 +181,9 @@ ReadAction ReadPlanner::NextExact(const ReadState& state) {
             if (group && WayTo(state, state.back, wanted, group->first_unit)) return ContinuePass(state);
         }
         ReadAction action = Fetch(state, wanted, true);
-        if (action.start && state.want.direction == Direction::Backward && state.behind > 0) {
+        // A step back that has outrun its pass would outrun the few pictures of a jump at once again.
+        const bool step_back = state.want.direction == Direction::Backward && state.cache.Has(wanted + 1);
+        if (action.start && step_back && state.behind > 0) {
             // Not into the group before, which would have to be decoded first.
             const FrameNumber lead = std::min(kStepBackLead, state.behind);
             return BeginPass(state, wanted, {std::max(Before(wanted, lead), action.deliver_from), wanted});
@@ -217,7 +232,8 @@ ReadAction ReadPlanner::Fetch(const ReadState& state, FrameNumber needed, bool e
             state.fore.active && state.fore.next > group->first_unit && state.fore.next <= unit
                 ? state.fore.next
                 : group->first_unit;
-        const UnitNumber lead = std::clamp<UnitNumber>((unit - from) / kLeadShare, kLeastLead, kMostLead);
+        const UnitNumber lead =
+            std::clamp<UnitNumber>((unit - from) / kLeadShare, kLeastLead, std::max(state.lead, kLeastLead));
         stretch.first = Before(wanted, std::min<FrameNumber>(lead, state.behind));
     }
     if (auto go_on = GoOn(state, needed, stretch, group->first_unit)) return *go_on;
@@ -253,6 +269,9 @@ std::optional<ReadAction> ReadPlanner::NextBehind(const ReadState& state) {
     if (top == m_finished_top) return std::nullopt;
 
     Stretch stretch{Before(top + 1, std::max(goal - count, enough)), top};
+    // What lies nearest comes first: whole groups, until they are worth a pass.
+    if (const auto near = state.index.GroupOf(Before(top + 1, kLeastPass)))
+        stretch.first = std::max(stretch.first, near->first_frame);
     // A group that the stretch reaches into for less than it costs to get there is left for the next pass.
     const auto group = state.index.GroupOf(stretch.first);
     if (!group) return std::nullopt;
@@ -293,9 +312,31 @@ ReadAction ReadPlanner::ContinuePass(const ReadState& state) const {
 
 // ---- Playing ----
 
+// The group after the due frame's, where its key picture is near and the run will not have come there by
+// then, or has gone over to it already.
+std::optional<Group> ReadPlanner::NextGroupOfLatePlay(const ReadState& state) {
+    const FrameNumber due = state.want.frame;
+    const UnitNumber unit = state.index.UnitOf(due);
+    const auto group = state.index.GroupOf(due);
+    if (state.want.stride == 0 || !state.fore.active || unit == kNoUnit || !group) return std::nullopt;
+    const auto next = state.index.GroupOfUnit(group->first_unit + group->unit_count);
+    if (!next || next->first_unit <= group->first_unit) return std::nullopt;
+    const FrameNumber key = state.index.FrameOf(next->first_unit);
+    if (key == kNoFrame || key <= due || key > LastAhead(state)) return std::nullopt;
+    // Late by more than a stride it falls behind further: it would be ahead otherwise.
+    const bool late = state.fore.next >= group->first_unit && unit > state.fore.next + state.want.stride;
+    return late || state.fore.start == next->first_unit ? next : std::nullopt;
+}
+
 ReadAction ReadPlanner::NextPlaying(const ReadState& state) const {
     const FrameNumber last = LastAhead(state);
-    for (FrameNumber frame = state.want.frame; frame <= last; ++frame) {
+    FrameNumber first = state.want.frame;
+    if (const auto group = NextGroupOfLatePlay(state)) {
+        const FrameNumber key = state.index.FrameOf(group->first_unit);
+        if (!Settled(state, key)) return MakeKey(key, group->first_unit, RunName::Back);
+        if (key <= first + state.want.stride) first = key;
+    }
+    for (FrameNumber frame = first; frame <= last; ++frame) {
         if (Have(state, frame) || state.left_out.contains(frame) || state.tried.Failed(frame)) continue;
         const UnitNumber unit = state.index.UnitOf(frame);
         if (unit != kNoUnit && LeftOutByWant(state, unit)) continue;
@@ -312,13 +353,7 @@ ReadAction ReadPlanner::NextKey(const ReadState& state) const {
         if (keys >= kKeysAhead && (key == kNoFrame || key > last)) break;
         if (key != kNoFrame && !Have(state, key) && !state.left_out.contains(key) &&
             !state.tried.Failed(key)) {
-            ReadAction action;
-            action.kind = ReadAction::Kind::DecodeKey;
-            action.needed = key;
-            action.start = group->first_unit;
-            action.deliver_from = key;
-            action.stretch = {key, key};
-            return action;
+            return MakeKey(key, group->first_unit, RunName::Fore);
         }
         const UnitNumber next = group->first_unit + group->unit_count;
         group = next > group->first_unit ? state.index.GroupOfUnit(next) : std::nullopt;

@@ -5,17 +5,20 @@
 // 1. The wanted frame is missing: the run that reaches it with the fewest units goes on to it; where none is
 // near,
 //    a run begins at the key picture of its group. On the way, what no other picture refers to is left out,
-//    but for the last few before the wanted one, so that the first steps back find theirs made.
+//    but for the last stretch before the wanted one, so that the first steps back find theirs made.
 // 2. The wanted frame is there: the frames ahead of it are completed (by the fore run, which stays parked
 // there).
-// 3. Then those behind it, by one pass of the back run over a stretch as long as memory allows: a pass costs
-// about
-//    as much for one picture as for all of the group. The next stretch is begun when a third of the last is
-//    used. Going backward, 3 comes before 2.
+// 3. Then those behind it, by passes of the back run: a pass costs about as much for one picture as for all
+// of the
+//    group, so it covers as much of the group as memory allows, and groups before that only where this one is
+//    short. The next stretch is begun when a third of what memory holds is used. Going backward, 3 comes
+//    before 2.
 // 4. Playing, only the frames ahead count, and of those what the effort allows. A run that is behind the
 // group of
-//    the due frame begins anew at that group's key picture; late pictures are left out where nothing refers
-//    to them.
+//    the due frame begins anew at that group's key picture. Where it can be seen to be late for the next
+//    group, that key picture is made beforehand, by the back run, and the run goes over to the group shortly
+//    before its time: it takes a while until pictures come out of it again, and the key picture is shown
+//    meanwhile.
 #pragma once
 
 #include "ordune/DecodeRun.h"
@@ -48,6 +51,7 @@ struct ReadState {
     Want want;
     FrameNumber ahead = 0;  // how many frames after the wanted one are to be kept ready
     FrameNumber behind = 0; // how many before it memory has room for
+    FrameNumber lead = 0;   // how many before it are made on the way to it at most
 };
 
 struct ReadAction {
@@ -87,6 +91,7 @@ class ReadPlanner {
 
     ReadAction NextExact(const ReadState& state);
     ReadAction NextPlaying(const ReadState& state) const;
+    static std::optional<Group> NextGroupOfLatePlay(const ReadState& state);
     ReadAction NextKey(const ReadState& state) const;
     ReadAction Fetch(const ReadState& state, FrameNumber needed, bool exact) const;
     std::optional<ReadAction> GoOn(const ReadState& state, FrameNumber needed, const Stretch& stretch,

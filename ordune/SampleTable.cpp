@@ -1,130 +1,32 @@
 #include "ordune/SampleTable.h"
 
-#include <cstring>
+#include <algorithm>
+#include <limits>
+#include <utility>
 
 namespace ordune {
 
+using mp4::Box;
+using mp4::Name;
+using mp4::Read32;
+using mp4::Read64;
+
 namespace {
 
-constexpr std::uint32_t kMostTopBoxes = 4096;       // a whole recording has a dozen
-constexpr std::int64_t kMostMovieBytes = 1LL << 30; // a day's recording has some 50 MB
-constexpr std::uint32_t kMostBoxesInside = 4096;
-
-constexpr std::uint32_t Name(const char (&text)[5]) {
-    return (std::uint32_t{static_cast<std::uint8_t>(text[0])} << 24) |
-           (std::uint32_t{static_cast<std::uint8_t>(text[1])} << 16) |
-           (std::uint32_t{static_cast<std::uint8_t>(text[2])} << 8) | static_cast<std::uint8_t>(text[3]);
-}
-
-std::uint32_t Read32(const std::uint8_t* p) {
-    return (std::uint32_t{p[0]} << 24) | (std::uint32_t{p[1]} << 16) | (std::uint32_t{p[2]} << 8) | p[3];
-}
-
-std::uint64_t Read64(const std::uint8_t* p) {
-    return (std::uint64_t{Read32(p)} << 32) | Read32(p + 4);
-}
+// No file reaches here; sizes added to offsets end here as well.
+constexpr std::uint64_t kFarthestOffset = std::uint64_t{1} << 62;
 
 } // namespace
 
-// A box inside the movie box: its name and where its content lies in the buffer.
-class SampleTable::Box {
-  public:
-    Box(const std::vector<std::uint8_t>& bytes, std::size_t begin, std::size_t end, std::uint32_t name)
-        : m_bytes(&bytes), m_begin(begin), m_end(end), m_name(name) {}
-
-    std::uint32_t Name() const { return m_name; }
-    std::size_t Begin() const { return m_begin; }
-    std::size_t Size() const { return m_end - m_begin; }
-    const std::uint8_t* Data() const { return m_bytes->data() + m_begin; }
-
-    // Calls visit(box) for each box inside until it returns false; false when it did, or at a broken box.
-    template <class Visit>
-    bool ForEach(Visit visit) const {
-        std::size_t at = m_begin;
-        for (std::uint32_t n = 0; n < kMostBoxesInside && m_end - at >= 8; ++n) {
-            const std::uint8_t* head = m_bytes->data() + at;
-            std::uint64_t size = Read32(head);
-            std::size_t header = 8;
-            if (size == 1 && m_end - at >= 16) {
-                size = Read64(head + 8);
-                header = 16;
-            } else if (size == 0) {
-                size = m_end - at;
-            }
-            if (size < header || size > m_end - at) return false;
-            if (!visit(Box(*m_bytes, at + header, at + static_cast<std::size_t>(size), Read32(head + 4))))
-                return false;
-            at += static_cast<std::size_t>(size);
-        }
-        return true;
-    }
-
-    // The first box of this name inside.
-    std::optional<Box> Find(std::uint32_t name) const {
-        std::optional<Box> found;
-        (void)ForEach([&](const Box& box) {
-            if (box.Name() != name) return true;
-            found = box;
-            return false;
-        });
-        return found;
-    }
-
-  private:
-    const std::vector<std::uint8_t>* m_bytes;
-    std::size_t m_begin;
-    std::size_t m_end;
-    std::uint32_t m_name;
-};
-
-std::optional<SampleTable> SampleTable::Read(const FileSource& file, std::uint32_t track_id) {
-    SampleTable table;
-    std::int64_t at = 0;
-    std::uint8_t head[16];
-    for (std::uint32_t n = 0; n < kMostTopBoxes && file.Size() - at >= 8; ++n) {
-        const std::int64_t got = file.ReadAt(at, head, sizeof head);
-        if (got < 8) break;
-        std::uint64_t size = Read32(head);
-        std::int64_t header = 8;
-        if (size == 1 && got == 16) {
-            size = Read64(head + 8);
-            header = 16;
-        } else if (size == 0) {
-            size = static_cast<std::uint64_t>(file.Size() - at);
-        }
-        if (size < static_cast<std::uint64_t>(header)) return std::nullopt;
-        if (Read32(head + 4) == Name("moov")) {
-            if (size > static_cast<std::uint64_t>(file.Size() - at)) return std::nullopt;
-            const std::int64_t content = static_cast<std::int64_t>(size) - header;
-            if (content > kMostMovieBytes) return std::nullopt;
-            table.m_movie.resize(static_cast<std::size_t>(content));
-            if (file.ReadAt(at + header, table.m_movie.data(), table.m_movie.size()) != content)
-                return std::nullopt;
-            const Box movie(table.m_movie, 0, table.m_movie.size(), Name("moov"));
-            if (movie.Find(Name("mvex"))) return std::nullopt;
-            bool found = false;
-            (void)movie.ForEach([&](const Box& box) {
-                if (box.Name() == Name("trak")) found = table.ReadTrack(box, track_id);
-                return !found;
-            });
-            if (!found) return std::nullopt;
-            return table;
-        }
-        if (size > static_cast<std::uint64_t>(file.Size() - at)) break;
-        at += static_cast<std::int64_t>(size);
-    }
-    return std::nullopt;
-}
-
-bool SampleTable::ReadTrack(const Box& track, std::uint32_t track_id) {
-    const std::optional<Box> header = track.Find(Name("tkhd"));
-    if (!header || header->Size() < 24) return false;
-    const std::size_t id_at = header->Data()[0] == 1 ? 20 : 12;
-    if (Read32(header->Data() + id_at) != track_id) return false;
-    const std::optional<Box> media = track.Find(Name("mdia"));
+std::optional<SampleTable> SampleTable::Read(std::shared_ptr<const Mp4Movie> movie, std::uint32_t track_id) {
+    const std::optional<Box> track = movie->Track(track_id);
+    const std::optional<Box> media = track ? track->Find(Name("mdia")) : std::nullopt;
     const std::optional<Box> information = media ? media->Find(Name("minf")) : std::nullopt;
     const std::optional<Box> tables = information ? information->Find(Name("stbl")) : std::nullopt;
-    return tables && ReadTables(*tables);
+    SampleTable table;
+    if (!tables || !table.ReadTables(*tables)) return std::nullopt;
+    table.m_movie = std::move(movie);
+    return table;
 }
 
 bool SampleTable::ReadTables(const Box& tables) {
@@ -139,25 +41,37 @@ bool SampleTable::ReadTables(const Box& tables) {
             m_description_count = Read32(box.Data() + 4);
             break;
         case Name("stsz"):
-            good = good && (sizes = ReadSizes(box));
+            good = sizes = ReadSizes(box);
             break;
         case Name("stz2"):
-            good = good && (sizes = ReadCompactSizes(box));
+            good = sizes = ReadCompactSizes(box);
             break;
         case Name("stsc"):
-            good = good && (chunks = ReadChunkRuns(box));
+            good = chunks = ReadChunkRuns(box);
             break;
         case Name("stco"):
-            good = good && (offsets = ReadChunkOffsets(box, false));
+            good = offsets = ReadChunkOffsets(box, false);
             break;
         case Name("co64"):
-            good = good && (offsets = ReadChunkOffsets(box, true));
+            good = offsets = ReadChunkOffsets(box, true);
             break;
         case Name("ctts"):
-            good = good && ReadCompositionOffsets(box);
+            good = ReadEntries(box, 2, m_composition);
             break;
         case Name("stts"):
-            good = good && ReadDurations(box);
+            good = ReadEntries(box, 2, m_times);
+            break;
+        case Name("stss"):
+            good = ReadEntries(box, 1, m_keys);
+            m_key_table = true;
+            // Without an entry it says nothing that could be true.
+            if (m_keys.count == 0) m_tells_keys = false;
+            break;
+        case Name("stps"):
+            m_tells_keys = false;
+            break;
+        case Name("sbgp"):
+            if (Read32(box.Data() + 4) == Name("rap ")) m_tells_keys = false;
             break;
         default:
             break;
@@ -171,7 +85,7 @@ bool SampleTable::ReadSizes(const Box& box) {
     if (box.Size() < 12) return false;
     m_common_size = Read32(box.Data() + 4);
     m_sample_count = Read32(box.Data() + 8);
-    m_sizes = box.Begin() + 12;
+    m_sizes = box.Data() + 12;
     return m_common_size != 0 || m_sample_count <= (box.Size() - 12) / 4;
 }
 
@@ -189,7 +103,8 @@ bool SampleTable::ReadCompactSizes(const Box& box) {
         } else if (bits == 8) {
             m_compact_sizes[i] = data[i];
         } else {
-            m_compact_sizes[i] = (std::uint32_t{data[2 * i]} << 8) | data[2 * i + 1];
+            m_compact_sizes[i] =
+                (std::uint32_t{data[std::size_t{i} * 2]} << 8) | data[std::size_t{i} * 2 + 1];
         }
     }
     return true;
@@ -197,7 +112,7 @@ bool SampleTable::ReadCompactSizes(const Box& box) {
 
 bool SampleTable::ReadChunkRuns(const Box& box) {
     const std::uint32_t count = Read32(box.Data() + 4);
-    if (count == 0 || count > (box.Size() - 8) / 12) return false;
+    if (count == 0 || count > (box.Size() - 8) / 12) return count == 0;
     m_chunk_runs.resize(count);
     for (std::uint32_t i = 0; i < count; ++i) {
         const std::uint8_t* entry = box.Data() + 8 + std::size_t{i} * 12;
@@ -210,32 +125,58 @@ bool SampleTable::ReadChunkRuns(const Box& box) {
 
 bool SampleTable::ReadChunkOffsets(const Box& box, bool wide) {
     m_chunk_count = Read32(box.Data() + 4);
-    m_chunk_offsets = box.Begin() + 8;
+    m_chunk_offsets = box.Data() + 8;
     m_wide_offsets = wide;
     return m_chunk_count <= (box.Size() - 8) / (wide ? 8 : 4);
 }
 
-bool SampleTable::ReadCompositionOffsets(const Box& box) {
-    m_composition_runs = Read32(box.Data() + 4);
-    m_composition = box.Begin() + 8;
-    return m_composition_runs <= (box.Size() - 8) / 8;
-}
-
-bool SampleTable::ReadDurations(const Box& box) {
-    m_time_runs = Read32(box.Data() + 4);
-    m_times = box.Begin() + 8;
-    return m_time_runs <= (box.Size() - 8) / 8;
+bool SampleTable::ReadEntries(const Box& box, std::uint32_t numbers, Entries& entries) {
+    entries = {box.Data() + 8, Read32(box.Data() + 4)};
+    return entries.count <= (box.Size() - 8) / (std::size_t{numbers} * 4);
 }
 
 std::int64_t SampleTable::ChunkOffset(std::uint32_t chunk) const {
-    const std::uint8_t* entry =
-        m_movie.data() + m_chunk_offsets + std::size_t{chunk} * (m_wide_offsets ? 8 : 4);
-    return m_wide_offsets ? static_cast<std::int64_t>(Read64(entry)) : std::int64_t{Read32(entry)};
+    const std::uint8_t* entry = m_chunk_offsets + std::size_t{chunk} * (m_wide_offsets ? 8 : 4);
+    const std::uint64_t offset = m_wide_offsets ? Read64(entry) : Read32(entry);
+    return static_cast<std::int64_t>(std::min(offset, kFarthestOffset));
+}
+
+std::optional<SampleTable::Span> SampleTable::TimeSpan() const {
+    Span span{std::numeric_limits<std::int64_t>::max(), std::numeric_limits<std::int64_t>::min(), 0};
+    std::uint32_t left = m_sample_count;
+    std::uint32_t offsets_left = 0;
+    std::uint32_t run = 0;
+    std::int64_t offset = 0;
+    for (std::uint32_t i = 0; i < m_times.count && left > 0; ++i) {
+        const std::uint32_t duration = m_times.At(i, 1, 2);
+        if (duration > std::numeric_limits<std::int32_t>::max()) return std::nullopt;
+        std::uint32_t samples = std::min(m_times.At(i, 0, 2), left);
+        left -= samples;
+        while (samples > 0) {
+            while (offsets_left == 0 && run < m_composition.count) {
+                offsets_left = m_composition.At(run, 0, 2);
+                offset = static_cast<std::int32_t>(m_composition.At(run, 1, 2));
+                ++run;
+            }
+            if (offsets_left == 0) {
+                offset = 0;
+                offsets_left = std::numeric_limits<std::uint32_t>::max();
+            }
+            const std::uint32_t step = std::min(samples, offsets_left);
+            span.first = std::min(span.first, span.end + offset);
+            span.end += std::int64_t{duration} * step;
+            span.last = std::max(span.last, span.end - duration + offset);
+            samples -= step;
+            offsets_left -= step;
+        }
+    }
+    if (left > 0 || m_sample_count == 0) return std::nullopt;
+    return span;
 }
 
 void SampleTable::Cursor::EnterChunk() {
     const SampleTable& table = *m_table;
-    while (m_chunk < table.m_chunk_count) {
+    while (m_chunk < table.m_chunk_count && !table.m_chunk_runs.empty()) {
         while (m_run + 1 < table.m_chunk_runs.size() && table.m_chunk_runs[m_run + 1].first_chunk <= m_chunk)
             ++m_run;
         m_left_in_chunk = table.m_chunk_runs[m_run].samples_per_chunk;
@@ -243,6 +184,32 @@ void SampleTable::Cursor::EnterChunk() {
         if (m_left_in_chunk > 0) return;
         ++m_chunk;
     }
+}
+
+void SampleTable::Cursor::TakeTimes(Sample& sample) {
+    const SampleTable& table = *m_table;
+    while (m_left_in_offset_run == 0 && m_offset_run < table.m_composition.count) {
+        m_left_in_offset_run = table.m_composition.At(m_offset_run, 0, 2);
+        // Version 0 calls the offset unsigned, yet writers put negative ones there too; none is as far as
+        // 2^31.
+        m_composition_offset = static_cast<std::int32_t>(table.m_composition.At(m_offset_run, 1, 2));
+        ++m_offset_run;
+    }
+    if (m_left_in_offset_run > 0) {
+        sample.composition_offset = m_composition_offset;
+        --m_left_in_offset_run;
+    }
+    while (m_left_in_time_run == 0 && m_time_run < table.m_times.count) {
+        m_left_in_time_run = table.m_times.At(m_time_run, 0, 2);
+        m_duration = table.m_times.At(m_time_run, 1, 2);
+        ++m_time_run;
+    }
+    if (m_left_in_time_run > 0) {
+        sample.duration = m_duration;
+        --m_left_in_time_run;
+    }
+    sample.decode_time = m_time;
+    m_time += sample.duration;
 }
 
 std::optional<SampleTable::Sample> SampleTable::Cursor::Next() {
@@ -255,29 +222,19 @@ std::optional<SampleTable::Sample> SampleTable::Cursor::Next() {
     } else if (!table.m_compact_sizes.empty()) {
         sample.size_bytes = table.m_compact_sizes[m_sample];
     } else {
-        sample.size_bytes = Read32(table.m_movie.data() + table.m_sizes + std::size_t{m_sample} * 4);
+        sample.size_bytes = Read32(table.m_sizes + std::size_t{m_sample} * 4);
     }
-    while (m_left_in_offset_run == 0 && m_offset_run < table.m_composition_runs) {
-        m_left_in_offset_run = Read32(table.m_movie.data() + table.m_composition + m_offset_run * 8);
-        ++m_offset_run;
-    }
-    if (m_left_in_offset_run > 0) {
-        // Version 0 calls the offset unsigned, yet writers put negative ones there too; none is as far as
-        // 2^31.
-        const std::size_t entry = table.m_composition + (m_offset_run - 1) * 8;
-        sample.composition_offset = static_cast<std::int32_t>(Read32(table.m_movie.data() + entry + 4));
-        --m_left_in_offset_run;
-    }
-    while (m_left_in_time_run == 0 && m_time_run < table.m_time_runs) {
-        m_left_in_time_run = Read32(table.m_movie.data() + table.m_times + m_time_run * 8);
-        ++m_time_run;
-    }
-    if (m_left_in_time_run > 0) {
-        sample.duration = Read32(table.m_movie.data() + table.m_times + (m_time_run - 1) * 8 + 4);
-        --m_left_in_time_run;
-    }
-    m_offset += sample.size_bytes;
+    TakeTimes(sample);
     ++m_sample;
+    if (!table.m_key_table) {
+        sample.key = true;
+    } else {
+        // Numbers that do not rise are passed over.
+        while (m_key < table.m_keys.count && table.m_keys.At(m_key, 0, 1) < m_sample)
+            ++m_key;
+        sample.key = m_key < table.m_keys.count && table.m_keys.At(m_key, 0, 1) == m_sample;
+    }
+    m_offset = std::min(m_offset + sample.size_bytes, static_cast<std::int64_t>(kFarthestOffset));
     if (--m_left_in_chunk == 0) {
         ++m_chunk;
         EnterChunk();

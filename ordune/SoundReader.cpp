@@ -141,9 +141,7 @@ Result<void> FileSoundReader::SeekTo(MediaTime time) {
 // Goes to a packet at or before the time.
 bool FileSoundReader::Land(MediaTime time) {
     const std::int64_t wanted = av_rescale_q((time + m_origin).count(), kMicroseconds, m_stream->time_base);
-    if (avformat_seek_file(m_input->Context(), m_stream->index, std::numeric_limits<std::int64_t>::min(),
-                           wanted, wanted, 0) < 0)
-        return false;
+    if (!m_input->SeekTo(m_stream->index, wanted)) return false;
     Forget();
     return true;
 }
@@ -206,7 +204,7 @@ FileSoundReader::Step FileSoundReader::Decode() {
 
 FileSoundReader::Step FileSoundReader::SendPacket() {
     m_fresh = false;
-    const int code = av_read_frame(m_input->Context(), m_packet.get());
+    const int code = m_input->ReadPacket(m_packet.get());
     if (code == AVERROR(EAGAIN)) return Step::Nothing;
     if (code < 0) {
         m_flushing = true;
@@ -267,14 +265,15 @@ Result<ffmpeg::CodecContextPtr> OpenSoundDecoder(const AVStream& stream, const s
 
 } // namespace
 
-Result<std::unique_ptr<SoundReader>> SoundReader::Make(const MediaFile& file, int sample_rate, int channels) {
+Result<std::unique_ptr<SoundReader>> SoundReader::Make(const MediaFile& file, int sample_rate, int channels,
+                                                       const CancelToken& cancel) {
     const std::string& path = file.Path();
     if (sample_rate <= 0 || channels < 1 || channels > 2)
         return Error{ErrorKind::OutOfRange, "Sound cannot be given in that form", path};
     if (!file.Sound()) return Error{ErrorKind::NotMedia, "There is no sound in this file", path};
     auto source = FileSource::Open(path);
     if (!source) return source.Failure();
-    auto opened = FormatInput::Open(source.Value());
+    auto opened = FormatInput::Open(source.Value(), FormatInput::Haste::None, cancel);
     if (!opened) return opened.Failure();
     std::unique_ptr<FormatInput> input = std::move(opened.Value());
     const auto index = static_cast<unsigned>(file.Sound()->stream_index);

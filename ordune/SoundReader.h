@@ -2,6 +2,7 @@
 // each other. Used by one thread at a time.
 #pragma once
 
+#include "ordune/CancelToken.h"
 #include "ordune/Error.h"
 #include "ordune/MediaFile.h"
 
@@ -19,8 +20,10 @@ struct SoundBlock {
 
 class SoundReader {
   public:
-    // Samples come at `sample_rate` Hz in `channels` (1 or 2), whatever the file has.
-    static Result<std::unique_ptr<SoundReader>> Make(const MediaFile& file, int sample_rate, int channels);
+    // Samples come at `sample_rate` Hz in `channels` (1 or 2), whatever the file has. Once `cancel` is,
+    // reading ends soon, with a failure or as at the end of the sound.
+    static Result<std::unique_ptr<SoundReader>> Make(const MediaFile& file, int sample_rate, int channels,
+                                                     const CancelToken& cancel = {});
     virtual ~SoundReader() = default;
 
     // The next block begins with the sample at `time` (silence where the file has a gap or has not begun

@@ -1,5 +1,7 @@
 #include "ordune/SwsStage.h"
 
+#include "ordune/SlowGather.h"
+
 extern "C" {
 #include <libavutil/pixdesc.h>
 #include <libswscale/swscale.h>
@@ -24,6 +26,7 @@ void SwsStage::Free::operator()(SwsContext* context) const {
 
 bool SwsStage::Prepare(const Kind& kind) {
     if (m_context && m_kind == kind) return true;
+    AvoidSlowGather();
     m_context.reset(sws_getContext(
         kind.from_width, kind.from_height, static_cast<AVPixelFormat>(kind.from_format), kind.to_width,
         kind.to_height, static_cast<AVPixelFormat>(kind.to_format), kind.flags, nullptr, nullptr, nullptr));

@@ -14,18 +14,9 @@ using namespace std::chrono_literals;
 
 // How often a growing index is looked at again.
 constexpr auto kIndexPause = 20ms;
-// The farthest that pictures are made ready behind a position: ten seconds of film. More would cost time for
-// what will hardly be looked at.
-constexpr FrameNumber kMostBehind = 250;
-// How much a play keeps of what it has shown: enough for the first steps back after it is paused. Filling the
-// whole budget with pictures that nobody looks at again would cost memory that the kernel has to clear, and
-// the processor's caches.
-constexpr FrameNumber kKeptByPlay = 32;
-// The most that is made ahead of each step of a play that shows only some of the pictures.
-constexpr FrameNumber kMostStride = 64;
-// Unused buffers kept for the next pictures: with them the memory stays within a twentieth over the budget.
-constexpr std::size_t kSpareShare = 20;
-constexpr std::size_t kLeastSpareBytes = std::size_t{16} << 20;
+// So many pictures a reader keeps whatever the others have: with fewer, a picture that comes out beside the
+// wanted one would be lost, and be decoded again a moment later.
+constexpr std::size_t kLeastPictures = 4;
 
 std::size_t GuessPictureBytes(const VideoInfo& video) {
     const auto pixels = static_cast<std::size_t>(std::max(video.width, 16)) *
@@ -35,18 +26,25 @@ std::size_t GuessPictureBytes(const VideoInfo& video) {
 
 bool SameWant(const Want& a, const Want& b) {
     return a.frame == b.frame && a.direction == b.direction && a.exact == b.exact && a.effort == b.effort &&
-           a.leave_out == b.leave_out;
+           a.leave_out == b.leave_out && a.stride == b.stride;
 }
 
 } // namespace
 
-ThreadedFrameReader::ThreadedFrameReader(std::shared_ptr<const MediaFile> file,
-                                         const FrameReaderOptions& options, std::function<void()> progress)
-    : m_file(std::move(file)), m_options(options), m_progress(std::move(progress)),
-      m_pool(std::make_shared<PicturePool>(std::max(kLeastSpareBytes, options.cache_bytes / kSpareShare))),
-      m_fore(std::make_unique<DecodeRun>(m_file, m_pool, options.threads, m_cancel)),
-      m_back(std::make_unique<DecodeRun>(m_file, m_pool, options.threads, m_cancel)),
-      m_picture_bytes(GuessPictureBytes(m_file->Video())), m_cache(options.cache_bytes) {}
+ThreadedFrameReader::ThreadedFrameReader(std::shared_ptr<const MediaFile> file, const ReaderMeans& means,
+                                         FrameNumber ahead, std::function<void()> progress)
+    : m_file(std::move(file)), m_ahead(ahead), m_progress(std::move(progress)), m_shares(means.shares),
+      m_pool(means.pool), m_fore(std::make_unique<DecodeRun>(
+                              m_file, m_pool, [this] { return m_member->Threads(); }, m_cancel)),
+      m_back(std::make_unique<DecodeRun>(
+          m_file, m_pool, [this] { return m_member->Threads(); }, m_cancel)),
+      m_picture_bytes(GuessPictureBytes(m_file->Video())), m_cache(0), m_member(m_shares->Join([this] {
+          const std::lock_guard lock(m_mutex);
+          m_shrunk = true;
+          m_changed.notify_all();
+      })) {
+    m_member->SetLeast(kLeastPictures * m_picture_bytes);
+}
 
 ThreadedFrameReader::~ThreadedFrameReader() {
     // First: a read on the way ends with it, so that the thread comes to see the rest.
@@ -57,6 +55,8 @@ ThreadedFrameReader::~ThreadedFrameReader() {
         m_changed.notify_all();
     }
     if (m_thread.joinable()) m_thread.join();
+    m_member->Rest();
+    LetGo();
 }
 
 void ThreadedFrameReader::Begin() {
@@ -67,11 +67,21 @@ void ThreadedFrameReader::Begin() {
 // ---- Any thread ----
 
 void ThreadedFrameReader::SetWant(const Want& want) {
+    m_member->Use();
     const std::lock_guard lock(m_mutex);
-    if (m_generation != 0 && SameWant(want, m_want)) return;
-    const bool plays_on = m_generation != 0 && !want.exact && !m_want.exact && want.frame > m_want.frame;
-    m_stride = plays_on ? std::min(want.frame - m_want.frame, kMostStride) : 0;
+    if (m_wanted && SameWant(want, m_want)) return;
+    m_walked = m_wanted ? FollowWalk(m_walked, m_want, want) : 0;
     m_want = want;
+    m_wanted = true;
+    ++m_generation;
+    m_changed.notify_all();
+}
+
+void ThreadedFrameReader::WantNothing() {
+    m_member->Rest();
+    const std::lock_guard lock(m_mutex);
+    if (!m_wanted) return;
+    m_wanted = false;
     ++m_generation;
     m_changed.notify_all();
 }
@@ -103,6 +113,11 @@ FrameReader::State ThreadedFrameReader::StateOf(FrameNumber frame) const {
     return State::Pending;
 }
 
+bool ThreadedFrameReader::Doubtful(FrameNumber frame) const {
+    const std::lock_guard lock(m_mutex);
+    return !m_cache.Has(frame) && m_tried.Next(frame) >= Reach::Far;
+}
+
 std::size_t ThreadedFrameReader::CacheBytes() const {
     const std::lock_guard lock(m_mutex);
     return m_cache.Bytes();
@@ -110,36 +125,43 @@ std::size_t ThreadedFrameReader::CacheBytes() const {
 
 // ---- The decode thread ----
 
-ThreadedFrameReader::Room ThreadedFrameReader::RoomFor(const Want& want, FrameNumber stride) const {
+ReadRoom ThreadedFrameReader::RoomFor(const Want& want, FrameNumber walked, std::size_t bytes) const {
     const auto fits = static_cast<FrameNumber>(
-        std::min<std::size_t>(m_cache.Budget() / m_picture_bytes, std::numeric_limits<std::int32_t>::max()));
-    Room room;
-    room.slack = std::min(m_fore->Position().held_back + 1, fits / 3);
-    if (!want.exact) {
-        room.ahead = std::min(m_options.ahead + 2 * stride, fits / 2);
-    } else {
-        // Going backward, what lies ahead was passed just now; two are enough to turn round.
-        const FrameNumber ahead = want.direction == Direction::Backward
-                                      ? std::min<FrameNumber>(m_options.ahead, 2)
-                                      : m_options.ahead;
-        room.ahead = std::min(ahead, fits / 3);
-    }
-    const FrameNumber taken = room.ahead + room.slack + 2;
-    room.behind = fits > taken ? std::min(fits - taken, want.exact ? kMostBehind : kKeptByPlay) : 0;
-    return room;
+        std::min<std::size_t>(bytes / m_picture_bytes, std::numeric_limits<std::int32_t>::max()));
+    return ReadRoom::Divide(want, walked, {fits, m_picture_bytes, m_ahead, m_fore->Position().held_back});
 }
 
 bool ThreadedFrameReader::TakeWant() {
+    std::vector<PicturePtr> dropped; // let go of after the lock
     std::unique_lock lock(m_mutex);
     m_changed.wait(lock, [this] { return m_stop || m_generation != 0; });
     if (m_stop) return false;
     m_current = m_want;
+    m_idle = !m_wanted;
     m_seen = m_generation;
-    m_room = RoomFor(m_current, m_stride);
+    m_shrunk = false;
+    const std::size_t bytes = m_member->Bytes();
+    m_room = RoomFor(m_current, m_walked, bytes);
     const FrameNumber frame = m_current.frame;
     m_cache.SetFocus(frame, frame > m_room.behind ? frame - m_room.behind : 0,
-                     frame + std::min(m_room.ahead + m_room.slack, kNoFrame - 1 - frame));
+                     frame + std::min(m_room.kept, kNoFrame - 1 - frame));
+    m_cache.SetBudget(bytes, dropped);
     return true;
+}
+
+void ThreadedFrameReader::LetGo() {
+    m_outcome.Clear();
+    m_left_out.clear();
+    m_planner = ReadPlanner();
+    m_fore->Release();
+    m_back->Release();
+    std::vector<PicturePtr> dropped; // let go of after the lock
+    {
+        const std::lock_guard lock(m_mutex);
+        m_cache.Clear(dropped);
+    }
+    dropped.clear();
+    if (!m_shares->IsInUse()) m_pool->Trim();
 }
 
 void ThreadedFrameReader::Work() {
@@ -160,12 +182,17 @@ void ThreadedFrameReader::Work() {
 }
 
 void ThreadedFrameReader::Turn() {
+    if (m_idle) {
+        LetGo();
+        Rest(false);
+        return;
+    }
     if (m_current.exact)
         m_left_out.clear();
     else
         m_left_out.erase(m_left_out.begin(), m_left_out.lower_bound(m_current.frame));
-    const ReadState state{m_file->Index(),    m_cache,   m_tried,      m_left_out,   m_fore->Position(),
-                          m_back->Position(), m_current, m_room.ahead, m_room.behind};
+    const ReadState state{m_file->Index(),    m_cache,   m_tried,      m_left_out,    m_fore->Position(),
+                          m_back->Position(), m_current, m_room.ahead, m_room.behind, m_room.lead};
     const ReadAction action = m_planner.Next(state);
     switch (action.kind) {
     case ReadAction::Kind::Rest:
@@ -216,7 +243,14 @@ void ThreadedFrameReader::Do(ReadAction action, const ReadState& state) {
     }
     // The file ends before the unit that the index has of it.
     if (never_reached) GiveUp(action.needed);
-    if (starved) Rest(true);
+    if (!starved) return;
+    // At the end of what the index knows, the decoder holds back what it would give for one unit more.
+    if (after.InFlight(action.needed)) {
+        run.Drain(m_outcome);
+        Publish(after.start);
+    } else {
+        Rest(true);
+    }
 }
 
 void ThreadedFrameReader::Advance(DecodeRun& run, const ReadAction& action, const ReadState& state) {
@@ -235,11 +269,14 @@ void ThreadedFrameReader::Publish(UnitNumber run_start) {
     if (!m_current.exact) m_left_out.insert(m_outcome.left_out.begin(), m_outcome.left_out.end());
     if (m_outcome.pictures.empty() && m_outcome.lost.empty() && !m_outcome.ended) return;
 
+    if (!m_outcome.pictures.empty()) {
+        m_picture_bytes = std::max<std::size_t>(m_outcome.pictures.back()->Bytes(), 1);
+        m_member->SetLeast(kLeastPictures * m_picture_bytes);
+    }
     std::vector<PicturePtr> dropped; // let go of after the lock
     {
         const std::lock_guard lock(m_mutex);
         for (const PicturePtr& picture : m_outcome.pictures) {
-            m_picture_bytes = std::max<std::size_t>(picture->Bytes(), 1);
             m_tried.Succeed(picture->Number());
             m_cache.Add(picture, dropped);
         }
@@ -289,7 +326,7 @@ void ThreadedFrameReader::Recover() {
 
 void ThreadedFrameReader::Rest(bool for_index) {
     std::unique_lock lock(m_mutex);
-    const auto changed = [this] { return m_stop || m_generation != m_seen; };
+    const auto changed = [this] { return m_stop || m_shrunk || m_generation != m_seen; };
     if (for_index)
         m_changed.wait_for(lock, kIndexPause, changed);
     else

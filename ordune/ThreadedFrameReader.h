@@ -10,7 +10,9 @@
 #include "ordune/FrameReader.h"
 #include "ordune/PictureCache.h"
 #include "ordune/PicturePool.h"
+#include "ordune/ReaderShares.h"
 #include "ordune/ReadPlanner.h"
+#include "ordune/ReadRoom.h"
 #include "ordune/TriedFrames.h"
 
 #include <condition_variable>
@@ -24,10 +26,16 @@
 
 namespace ordune {
 
+// What a reader works with, alone or beside others.
+struct ReaderMeans {
+    std::shared_ptr<ReaderShares> shares;
+    std::shared_ptr<PicturePool> pool;
+};
+
 class ThreadedFrameReader final : public FrameReader {
   public:
-    // Options with nothing left to default.
-    ThreadedFrameReader(std::shared_ptr<const MediaFile> file, const FrameReaderOptions& options,
+    // `ahead` as in FrameReaderOptions.
+    ThreadedFrameReader(std::shared_ptr<const MediaFile> file, const ReaderMeans& means, FrameNumber ahead,
                         std::function<void()> progress);
     ~ThreadedFrameReader() override;
     ThreadedFrameReader(const ThreadedFrameReader&) = delete;
@@ -37,26 +45,23 @@ class ThreadedFrameReader final : public FrameReader {
     void Begin();
 
     void SetWant(const Want& want) override;
+    void WantNothing() override;
     PicturePtr Find(FrameNumber frame) const override;
     PicturePtr FindNewest(FrameNumber first, FrameNumber last) const override;
     PicturePtr FindOldest(FrameNumber first, FrameNumber last) const override;
     State StateOf(FrameNumber frame) const override;
+    bool Doubtful(FrameNumber frame) const override;
     std::size_t CacheBytes() const override;
 
   private:
-    // How many pictures the cache is to hold around the wanted one.
-    struct Room {
-        FrameNumber ahead = 0;
-        FrameNumber behind = 0;
-        FrameNumber slack = 0; // come out after those ahead, before the run can be parked
-    };
-
     void Work();
     // One piece of work for the want taken over.
     void Turn();
-    // Takes over the newest want; false when the reader is to end.
+    // Takes over the newest want and the room that there is for it; false when the reader is to end.
     bool TakeWant();
-    Room RoomFor(const Want& want, FrameNumber stride) const;
+    // Nothing is wanted: gives all memory back.
+    void LetGo();
+    ReadRoom RoomFor(const Want& want, FrameNumber walked, std::size_t bytes) const;
     void Do(ReadAction action, const ReadState& state);
     void Advance(DecodeRun& run, const ReadAction& action, const ReadState& state);
     // Puts what came out of the run into the cache and tells the owner.
@@ -72,8 +77,9 @@ class ThreadedFrameReader final : public FrameReader {
 
     // ---- immutable ----
     const std::shared_ptr<const MediaFile> m_file;
-    const FrameReaderOptions m_options;
+    const FrameNumber m_ahead;
     const std::function<void()> m_progress;
+    const std::shared_ptr<ReaderShares> m_shares;     // thread-safe
     const std::shared_ptr<PicturePool> m_pool;        // thread-safe
     const CancelToken m_cancel = CancelToken::Make(); // thread-safe; tripped by the end
 
@@ -84,8 +90,9 @@ class ThreadedFrameReader final : public FrameReader {
     std::set<FrameNumber> m_left_out; // while playing, of the frames from the wanted one on
     DecodeRun::Outcome m_outcome;
     Want m_current;
-    Room m_room;
+    ReadRoom m_room;
     std::uint64_t m_seen = 0;        // generation of m_current
+    bool m_idle = false;             // m_current is not wanted any more
     std::size_t m_picture_bytes = 0; // of the last picture, or a guess before the first
 
     // ---- guarded by m_mutex ----
@@ -96,10 +103,16 @@ class ThreadedFrameReader final : public FrameReader {
     PictureCache m_cache;
     TriedFrames m_tried;
     Want m_want;
-    FrameNumber m_stride = 0;       // how far the last two wants of one play were apart
+    FrameNumber m_walked = 0;       // see FollowWalk
     std::uint64_t m_generation = 0; // of m_want; 0 before the first
     std::uint64_t m_stalled = 0;    // generation whose frame cannot be had for now; 0 for none
+    bool m_wanted = false;          // false after WantNothing
+    bool m_shrunk = false;          // there is less room than when the want was taken over
     bool m_stop = false;
+
+    // This reader's part of the shares, thread-safe. It calls into the object, so it ends before what stands
+    // above, and is never called with m_mutex held but for Bytes().
+    const std::unique_ptr<ReaderShares::Member> m_member;
 
     std::thread m_thread; // owner's thread only
 };

@@ -1,5 +1,6 @@
 #include "ordune/UnitInspector.h"
 
+#include "ordune/AvcConfiguration.h"
 #include "ordune/BitReader.h"
 #include "ordune/NalScanner.h"
 #include "ordune/ParameterSets.h"
@@ -10,9 +11,7 @@ extern "C" {
 }
 
 #include <algorithm>
-#include <chrono>
 #include <optional>
-#include <span>
 #include <vector>
 
 namespace ordune {
@@ -20,11 +19,6 @@ namespace ordune {
 namespace {
 
 constexpr std::int64_t kLookThroughBytes = 32LL << 20;
-// Looking through a million units takes a second; that many in so few bytes are no recording.
-constexpr std::size_t kLookThroughUnits = 1'000'000;
-// So many are looked at before a large file is believed.
-constexpr std::size_t kTrustAfter = 512;
-constexpr std::size_t kUnitsBetweenLooksAtTheClock = 64;
 constexpr std::size_t kHeadBytes = 1024;
 constexpr std::size_t kMostLeading = 64;
 
@@ -41,12 +35,13 @@ struct UnitFacts {
     bool second_field = false; // it has both fields of a frame
 };
 
-class Inspector {
+class UnitReading {
   public:
-    Inspector(const FileSource& file, const AVCodecParameters& parameters);
+    UnitReading(const FileSource& file, const AVCodecParameters& parameters);
     // Whether the units are made of NAL units behind length fields, so that anything can be told at all.
     bool Knows() const { return m_length_bytes > 0; }
     bool FieldsAllowed() const { return m_fields_allowed; }
+    bool Hevc() const { return m_hevc; }
     UnitFacts Look(const ContainerUnit& unit, bool whole);
     // Whether the unit's slice is of a stream as nearly all are.
     bool IsUsual(const UnitFacts& facts) const;
@@ -66,7 +61,7 @@ class Inspector {
     std::vector<std::uint8_t> m_bytes;
 };
 
-Inspector::Inspector(const FileSource& file, const AVCodecParameters& parameters)
+UnitReading::UnitReading(const FileSource& file, const AVCodecParameters& parameters)
     : m_file(file), m_hevc(parameters.codec_id == AV_CODEC_ID_HEVC) {
     if (!m_hevc && parameters.codec_id != AV_CODEC_ID_H264) return;
     if (!parameters.extradata || parameters.extradata_size < 7 || parameters.extradata[0] != 1) return;
@@ -74,31 +69,23 @@ Inspector::Inspector(const FileSource& file, const AVCodecParameters& parameters
 }
 
 // ISO/IEC 14496-15, 5.3.3.1 and 8.3.3.1.
-void Inspector::TakeConfiguration(std::span<const std::uint8_t> configuration) {
+void UnitReading::TakeConfiguration(std::span<const std::uint8_t> configuration) {
     if (m_hevc) {
         if (configuration.size() > 21) m_length_bytes = (configuration[21] & 3U) + 1;
         return;
     }
-    m_length_bytes = (configuration[4] & 3U) + 1;
-    std::size_t at = 5;
-    for (const unsigned mask : {31U, 255U}) {
-        if (at >= configuration.size()) return;
-        unsigned count = configuration[at++] & mask;
-        for (; count > 0 && at + 2 <= configuration.size(); --count) {
-            const std::size_t size = (std::size_t{configuration[at]} << 8) | configuration[at + 1];
-            at += 2;
-            if (size == 0 || size > configuration.size() - at) return;
-            const std::span<const std::uint8_t> set = configuration.subspan(at, size);
-            (void)m_sets.Take(set);
-            const std::optional<SequenceParameters> sequence =
-                mask == 31 ? ParseSequenceParameters(set.subspan(1)) : std::nullopt;
-            if (sequence && !sequence->frames_only) m_fields_allowed = true;
-            at += size;
-        }
+    const std::optional<AvcConfiguration> avc = AvcConfiguration::Parse(configuration);
+    if (!avc) return;
+    m_length_bytes = avc->length_bytes;
+    for (const std::vector<std::uint8_t>& set : avc->sets) {
+        (void)m_sets.Take(set);
+        if ((set[0] & 31U) != 7) continue;
+        const std::optional<SequenceParameters> sequence = ParseSequenceParameters(std::span(set).subspan(1));
+        if (sequence && !sequence->frames_only) m_fields_allowed = true;
     }
 }
 
-UnitFacts Inspector::Look(const ContainerUnit& unit, bool whole) {
+UnitFacts UnitReading::Look(const ContainerUnit& unit, bool whole) {
     UnitFacts facts;
     const std::size_t size = whole ? unit.size_bytes : std::min<std::size_t>(unit.size_bytes, kHeadBytes);
     m_bytes.resize(size);
@@ -128,7 +115,7 @@ UnitFacts Inspector::Look(const ContainerUnit& unit, bool whole) {
     return facts;
 }
 
-bool Inspector::IsUsual(const UnitFacts& facts) const {
+bool UnitReading::IsUsual(const UnitFacts& facts) const {
     if (!facts.whole || !facts.parsed) return false;
     const PictureParameters* picture = m_sets.Picture(facts.slice.picture_set);
     const SequenceParameters* sequence = picture ? m_sets.Sequence(picture->sequence_id) : nullptr;
@@ -137,7 +124,7 @@ bool Inspector::IsUsual(const UnitFacts& facts) const {
 
 // Some recorders wrap several NAL units with start codes into one behind a length field. The decoder goes by
 // the start codes then.
-void Inspector::LookAtAll(std::span<const std::uint8_t> nal, UnitFacts& facts) {
+void UnitReading::LookAtAll(std::span<const std::uint8_t> nal, UnitFacts& facts) {
     while (!nal.empty()) {
         const bool slice = m_hevc ? ((nal[0] >> 1) & 63U) < 32 : (nal[0] & 31U) == 1 || (nal[0] & 31U) == 5;
         const std::size_t next = slice ? nal.size() : FindStartCode(nal.data(), 0, nal.size());
@@ -146,7 +133,7 @@ void Inspector::LookAtAll(std::span<const std::uint8_t> nal, UnitFacts& facts) {
     }
 }
 
-void Inspector::LookAt264(std::span<const std::uint8_t> nal, UnitFacts& facts) {
+void UnitReading::LookAt264(std::span<const std::uint8_t> nal, UnitFacts& facts) {
     if (nal.empty()) return;
     const unsigned type = nal[0] & 31U;
     if (type == 7 || type == 8) (void)m_sets.Take(nal);
@@ -176,7 +163,7 @@ void Inspector::LookAt264(std::span<const std::uint8_t> nal, UnitFacts& facts) {
 }
 
 // ITU-T H.265, table 7-1.
-void Inspector::LookAtHevc(std::span<const std::uint8_t> nal, UnitFacts& facts) {
+void UnitReading::LookAtHevc(std::span<const std::uint8_t> nal, UnitFacts& facts) {
     if (nal.empty()) return;
     const unsigned type = (nal[0] >> 1) & 63U;
     if (type > 31 || facts.picture) return;
@@ -195,43 +182,65 @@ bool IsSecondField(const UnitFacts& first, const UnitFacts& second) {
            (first.slice.reference_idc == 0) == (second.slice.reference_idc == 0);
 }
 
-// Rules 1 to 3 on one unit after the other.
-class Corrector {
-  public:
-    Corrector(Inspector& inspector, ContainerUnits& units, bool whole)
-        : m_inspector(inspector), m_units(units), m_whole(whole) {}
+} // namespace
 
-    // All units before `end` that were not corrected yet, until `deadline`.
-    void Go(std::size_t end, std::optional<std::chrono::steady_clock::time_point> deadline = std::nullopt);
-    // Whether one was the second field of the unit before it.
-    bool SawSecondField() const { return m_saw_second_field; }
-    // Whether one that the container calls a key is none.
-    bool SawFalseKey() const { return m_saw_false_key; }
+class UnitInspector::Impl {
+  public:
+    Impl(std::shared_ptr<const FileSource> file, const AVCodecParameters& parameters)
+        : m_file(std::move(file)), m_reading(*m_file, parameters),
+          m_whole(m_file->Size() <= kLookThroughBytes) {}
+
+    void Correct(std::span<ContainerUnit> units);
+    bool FirstKeyIsSure() const { return m_sure; }
 
   private:
-    void Correct(ContainerUnit& unit);
+    void CorrectOne(ContainerUnit& unit);
+    void HideBeforeFirstKey(std::span<ContainerUnit> units);
+    void HideLeading(std::span<ContainerUnit> units);
 
-    Inspector& m_inspector;
-    ContainerUnits& m_units;
+    const std::shared_ptr<const FileSource> m_file;
+    UnitReading m_reading;
     const bool m_whole;
-    std::size_t m_next = 0;
+
+    bool m_begun = false;
+    bool m_looking = false; // rules 1 to 3 go on
     UnitFacts m_before;
     bool m_open = false; // the unit before may be the first field of a frame
     bool m_saw_second_field = false;
     bool m_saw_false_key = false;
+
+    bool m_sure = false;
+    std::size_t m_leading = 0; // how many units may still precede the first key in time
+    std::int64_t m_key_time = 0;
 };
 
-void Corrector::Go(std::size_t end, std::optional<std::chrono::steady_clock::time_point> deadline) {
-    for (; m_next < end; ++m_next) {
-        if (deadline && m_next % kUnitsBetweenLooksAtTheClock == 0 &&
-            std::chrono::steady_clock::now() >= *deadline)
-            return;
-        Correct(m_units[m_next]);
+void UnitInspector::Impl::Correct(std::span<ContainerUnit> units) {
+    if (!m_reading.Knows() || units.empty()) return;
+    if (!m_begun) {
+        m_begun = true;
+        const std::span<ContainerUnit> first = units.first(std::min(units.size(), kFirst));
+        const bool all_keys =
+            std::all_of(units.begin(), units.end(), [](const ContainerUnit& unit) { return unit.key; });
+        m_looking = m_whole || m_reading.FieldsAllowed() || all_keys;
+        for (ContainerUnit& unit : first) {
+            if (m_looking) CorrectOne(unit);
+        }
+        m_looking = m_whole || m_saw_second_field || (all_keys && m_saw_false_key);
+        for (ContainerUnit& unit : units.subspan(first.size())) {
+            if (m_looking) CorrectOne(unit);
+        }
+        HideBeforeFirstKey(units);
+        return;
     }
+    for (ContainerUnit& unit : units) {
+        if (m_looking) CorrectOne(unit);
+    }
+    HideLeading(units);
 }
 
-void Corrector::Correct(ContainerUnit& unit) {
-    const UnitFacts facts = m_inspector.Look(unit, m_whole);
+// Rules 1 to 3.
+void UnitInspector::Impl::CorrectOne(ContainerUnit& unit) {
+    const UnitFacts facts = m_reading.Look(unit, m_whole);
     if (m_whole && (!facts.whole || !facts.picture)) unit.shown = false;
     if (facts.picture) {
         unit.referenced = facts.referenced;
@@ -249,50 +258,41 @@ void Corrector::Correct(ContainerUnit& unit) {
     m_before = facts;
 }
 
-// Rules 2 and 3 in a file too large to be looked through.
-void CorrectLarge(Inspector& inspector, ContainerUnits& units, std::chrono::milliseconds patience) {
-    const bool all_keys =
-        std::all_of(units.begin(), units.end(), [](const ContainerUnit& unit) { return unit.key; });
-    if (!inspector.FieldsAllowed() && !all_keys) return;
-    const auto deadline = std::chrono::steady_clock::now() + patience;
-    Corrector corrector(inspector, units, false);
-    corrector.Go(std::min(units.size(), kTrustAfter));
-    if (corrector.SawSecondField() || (all_keys && corrector.SawFalseKey()))
-        corrector.Go(units.size(), deadline);
+// Rule 4.
+void UnitInspector::Impl::HideBeforeFirstKey(std::span<ContainerUnit> units) {
+    const auto key =
+        std::find_if(units.begin(), units.end(), [](const ContainerUnit& unit) { return unit.key; });
+    if (key == units.end()) return; // what the decoder makes of it is not known here
+    for (auto unit = units.begin(); unit != key; ++unit)
+        unit->shown = false;
+    const UnitFacts facts = m_reading.Look(*key, false);
+    m_sure = facts.closed && key->shown && m_reading.IsUsual(facts);
+    if (facts.closed) return;
+    m_leading = kMostLeading;
+    m_key_time = key->time;
+    HideLeading(units.subspan(static_cast<std::size_t>(key - units.begin()) + 1));
 }
 
-// Rule 4. True when the first key is an IDR picture in a usual profile.
-bool HideBeforeFirstKey(Inspector& inspector, ContainerUnits& units, bool hevc) {
-    std::size_t key = 0;
-    while (key < units.size() && !units[key].key)
-        ++key;
-    if (key == units.size()) return false; // what the decoder makes of it is not known here
-    for (std::size_t i = 0; i < key; ++i)
-        units[i].shown = false;
-    const UnitFacts facts = inspector.Look(units[key], false);
-    if (facts.closed) return units[key].shown && inspector.IsUsual(facts);
-    const std::size_t end = std::min(units.size(), key + 1 + kMostLeading);
-    for (std::size_t i = key + 1; i < end; ++i) {
-        if (units[i].time >= units[key].time) continue;
-        if (!hevc || inspector.Look(units[i], false).skipped) units[i].shown = false;
+void UnitInspector::Impl::HideLeading(std::span<ContainerUnit> units) {
+    const std::span<ContainerUnit> near = units.first(std::min(units.size(), m_leading));
+    m_leading -= near.size();
+    for (ContainerUnit& unit : near) {
+        if (unit.time >= m_key_time) continue;
+        if (!m_reading.Hevc() || m_reading.Look(unit, false).skipped) unit.shown = false;
     }
-    return false;
 }
 
-} // namespace
+UnitInspector::UnitInspector(std::shared_ptr<const FileSource> file, const AVCodecParameters& parameters)
+    : m_impl(std::make_unique<Impl>(std::move(file), parameters)) {}
 
-bool InspectUnits(const FileSource& file, const AVCodecParameters& parameters, ContainerUnits& units,
-                  std::chrono::milliseconds patience) {
-    Inspector inspector(file, parameters);
-    if (!inspector.Knows() || units.empty()) return false;
-    std::int64_t bytes = 0;
-    for (const ContainerUnit& unit : units)
-        bytes += unit.size_bytes;
-    if (bytes <= kLookThroughBytes && units.size() <= kLookThroughUnits)
-        Corrector(inspector, units, true).Go(units.size());
-    else
-        CorrectLarge(inspector, units, patience);
-    return HideBeforeFirstKey(inspector, units, parameters.codec_id == AV_CODEC_ID_HEVC);
+UnitInspector::~UnitInspector() = default;
+
+void UnitInspector::Correct(std::span<ContainerUnit> units) {
+    m_impl->Correct(units);
+}
+
+bool UnitInspector::FirstKeyIsSure() const {
+    return m_impl->FirstKeyIsSure();
 }
 
 } // namespace ordune

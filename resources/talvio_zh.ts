@@ -1,6 +1,10 @@
 <?xml version="1.0" encoding="utf-8"?>
 <!DOCTYPE TS>
 <TS version="2.1" language="zh_CN" sourcelanguage="en">
+<!-- Loaded with this one, from the program itself, wherever this one lies. -->
+<dependencies>
+    <dependency catalog=":/talvio_names_zh"/>
+</dependencies>
 <context>
     <name>CFileInfoDlg</name>
     <message>
@@ -52,7 +56,7 @@
     </message>
     <message>
         <source>C</source>
-        <translation type="unfinished"></translation>
+        <translation>C</translation>
     </message>
     <message>
         <source>Cancel</source>
@@ -96,7 +100,7 @@
     </message>
     <message>
         <source>Ctrl</source>
-        <translation type="unfinished"></translation>
+        <translation>Ctrl</translation>
     </message>
     <message>
         <source>Decrease Speed</source>
@@ -212,7 +216,7 @@
     </message>
     <message>
         <source>O</source>
-        <translation type="unfinished"></translation>
+        <translation>O</translation>
     </message>
     <message>
         <source>OK</source>
@@ -272,7 +276,7 @@
     </message>
     <message>
         <source>S</source>
-        <translation type="unfinished"></translation>
+        <translation>S</translation>
     </message>
     <message>
         <source>Save Path:</source>

@@ -11,8 +11,6 @@
 #include <QMessageBox>
 #include <QPushButton>
 
-#include <exception>
-
 void CPlayerSetting::CreateCaptureCtrls(CaptureCtrls* pCtrls, QWidget* pParent) {
     pCtrls->pHeader = new CStaticText(pParent);
     pCtrls->pPath = new QLabel(pParent);
@@ -66,7 +64,7 @@ bool CPlayerSetting::BrowseFolder(QString* pPath, QLineEdit* pLine) {
             if (pLine != nullptr) pLine->setText(strFolder);
         }
         return true;
-    } catch (const std::exception&) {
+    } catch (...) {
         QMessageBox::warning(this, tr("Warning"), tr("Open File Error"), QMessageBox::Ok);
         return false;
     }

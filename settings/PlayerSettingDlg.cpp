@@ -17,8 +17,6 @@
 #include <QRadioButton>
 #include <QTableWidget>
 
-#include <new>
-
 namespace {
 
 // One row of the list on the left: its top and height. A row without a page is the title or a group's
@@ -40,7 +38,7 @@ CPlayerSetting::CPlayerSetting(QWidget* pParent)
       m_strConCapPath(QDir::currentPath()) {
     try {
         CreateCtrls();
-    } catch (const std::bad_alloc&) {
+    } catch (...) {
         DeleteCtrls();
         return;
     }

@@ -39,11 +39,18 @@ void CPlayerSetting::CreatehotKeyTable(QDialog* /*pDlg*/) {
     pTable->verticalHeader()->setMinimumSectionSize(16);
     pTable->verticalHeader()->setDefaultSectionSize(18);
 
-    const QString aColumns[] = {tr("Mouse HotKey"), tr("Combination Key"), tr("Hot Keys")};
-    for (int n = 0; n < 3; ++n) {
-        QTableWidgetItem* pItem = Item(aColumns[n]);
+    // The first column has two titles, of which the second stays: the commands stand in the rows' headers.
+    const struct {
+        int nColumn;
+        QString strTitle;
+    } aTitles[] = {{kMouse, tr("Control Command")},
+                   {kMouse, tr("Mouse HotKey")},
+                   {kCombination, tr("Combination Key")},
+                   {kKey, tr("Hot Keys")}};
+    for (const auto& title : aTitles) {
+        QTableWidgetItem* pItem = Item(title.strTitle);
         pItem->setTextAlignment(Qt::AlignLeft);
-        pTable->setHorizontalHeaderItem(n, pItem);
+        pTable->setHorizontalHeaderItem(title.nColumn, pItem); // destroys the one before
     }
 
     const QString strCtrl = tr("Ctrl");

@@ -61,6 +61,12 @@ void CPlayerSetting::CreateColorAdjustWidget() {
     m_ctrls.pReset->setObjectName(QStringLiteral("m_pResetButton"));
     m_ctrls.pReset->setGeometry(220, 280, 61, 23);
 
+    // A label names its slider to screen readers.
+    m_ctrls.pLight->setBuddy(m_ctrls.pLightSlider);
+    m_ctrls.pHue->setBuddy(m_ctrls.pHueSlider);
+    m_ctrls.pContrast->setBuddy(m_ctrls.pContrastSlider);
+    m_ctrls.pChroma->setBuddy(m_ctrls.pChromaSlider);
+
     m_ctrls.pColor->setText(tr("Color Adjust"));
     m_ctrls.pLight->setText(tr("Lightness"));
     m_ctrls.pHue->setText(tr("Hue"));

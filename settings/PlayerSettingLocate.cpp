@@ -10,6 +10,21 @@
 #include <QMessageBox>
 #include <QPushButton>
 
+#include <algorithm>
+
+namespace {
+
+// A number in the digits 0 to 9 and nothing else, neither spaces nor a sign; false when the text is none or
+// it is too large.
+bool ParseNumber(const QString& strText, unsigned int* pNumber) {
+    const auto isDigit = [](QChar c) { return c >= QLatin1Char('0') && c <= QLatin1Char('9'); };
+    bool bNumber = std::all_of(strText.begin(), strText.end(), isDigit);
+    if (bNumber) *pNumber = strText.toUInt(&bNumber, 10);
+    return bNumber;
+}
+
+} // namespace
+
 void CPlayerSetting::CreateVideoLacateWidget() {
     m_ctrls.pLocate->setObjectName(QStringLiteral("m_pVideoLocate1"));
     SetHeading(m_ctrls.pLocate, {0, 15, 331, 25});
@@ -52,9 +67,8 @@ bool CPlayerSetting::TimeLocate() {
     if (pOperate == nullptr) return false;
     const QString strTime = m_ctrls.pTimeLine->text();
     if (strTime.isEmpty()) return Warn(tr("The Time must not null"));
-    bool bNumber = false;
-    m_nTime = strTime.toUInt(&bNumber, 10);
-    if (!bNumber || m_nTime > pOperate->GetFileTime()) return Warn(tr("The value is Invalid"));
+    if (!ParseNumber(strTime, &m_nTime) || m_nTime > pOperate->GetFileTime())
+        return Warn(tr("The value is Invalid"));
     pOperate->SetTimePos(m_nTime);
     return true;
 }
@@ -64,10 +78,9 @@ bool CPlayerSetting::FrameLocate() {
     if (pOperate == nullptr) return false;
     const QString strFrame = m_ctrls.pFrameLine->text();
     if (strFrame.isEmpty()) return Warn(tr("The frame number must not null"));
-    bool bNumber = false;
-    m_nFrame = strFrame.toUInt(&bNumber, 10);
     const unsigned long nFrames = pOperate->GetFileFrame();
-    if (!bNumber || m_nFrame >= nFrames) return Warn(tr("The frame number is Invalid"));
+    if (!ParseNumber(strFrame, &m_nFrame) || m_nFrame >= nFrames)
+        return Warn(tr("The frame number is Invalid"));
     pOperate->SetFramePos(static_cast<float>(static_cast<double>(m_nFrame) / static_cast<double>(nFrames)));
     return true;
 }

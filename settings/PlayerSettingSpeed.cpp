@@ -27,6 +27,7 @@ void CPlayerSetting::CreatePlaySpeedWidget() {
     m_ctrls.pSpeedSlider->setSingleStep(1);
     m_ctrls.pSpeedSlider->setPageStep(1);
     m_ctrls.pSpeedSlider->setValue(0);
+    m_ctrls.pSpeed->setBuddy(m_ctrls.pSpeedSlider); // its name for screen readers
 
     const char* const aNames[] = {"m_pSpeed1", "m_pSpeed2", "m_pSpeed4", "m_pSpeed8", "m_pSpeed16"};
     const QString aTexts[] = {tr("1"), tr("X2"), tr("X4"), tr("X8"), tr("X16")};

@@ -125,6 +125,21 @@ CControlsBarWidget::CControlsBarWidget(QWidget* pParent)
     setLayout(m_pLayout);
 }
 
+// What a building that was cut short has left without a parent.
+CControlsBarWidget::~CControlsBarWidget() {
+    const auto drop = [](QObject* pObject) {
+        if (pObject && !pObject->parent()) delete pObject;
+    };
+    for (QObject* pLayout : {static_cast<QObject*>(m_pLayout), static_cast<QObject*>(m_pSliderLayout),
+                             static_cast<QObject*>(m_pButtonsLayout)}) {
+        drop(pLayout);
+    }
+    for (const ButtonSize& entry : g_aButtons) {
+        drop(this->*entry.pButton);
+    }
+    drop(m_pPlaySlider);
+}
+
 bool CControlsBarWidget::CreateAllCtrls() {
     if (!CreateButtons() || !CreateSoundSlider() || !CreateButtonsHLayout() || !CreatePlaySlider() ||
         !CreateControlLayout()) {

@@ -16,6 +16,7 @@ class CControlsBarWidget : public QWidget {
   public:
     // The parent is the main window. When building fails the bar stays partly built.
     explicit CControlsBarWidget(QWidget* pParent);
+    ~CControlsBarWidget() override;
 
     // Everything below in order, stopping at the first failure, then the buttons' connections.
     bool CreateAllCtrls();

@@ -1,12 +1,18 @@
 #include "widgets/PlaySlider.h"
 
-#include "widgets/SliderJump.h"
+#include "widgets/JumpSlider.h"
 
+#include <QEvent>
 #include <QMouseEvent>
 
 CPlaySlider::CPlaySlider(QWidget* pParent) : QSlider(pParent) {
     setFocusPolicy(Qt::NoFocus);
     setAccessibleName(tr("Play Position"));
+}
+
+void CPlaySlider::changeEvent(QEvent* pEvent) {
+    if (pEvent->type() == QEvent::LanguageChange) setAccessibleName(tr("Play Position"));
+    QSlider::changeEvent(pEvent);
 }
 
 bool CPlaySlider::ChangePlaySlider(int nValue) {

@@ -18,6 +18,7 @@ class CPlaySlider : public QSlider {
     void SetPlaySlider(int nValue);
 
   protected:
+    void changeEvent(QEvent* pEvent) override;
     void mousePressEvent(QMouseEvent* pEvent) override;
     void mouseMoveEvent(QMouseEvent* pEvent) override;
     void mouseReleaseEvent(QMouseEvent* pEvent) override;

@@ -5,6 +5,7 @@
 #include "widgets/WindowCommands.h"
 
 #include <QCursor>
+#include <QEvent>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QMouseEvent>
@@ -63,10 +64,7 @@ bool CPlayerTitle::CreateTitleBar() {
     for (CSkinButton** ppButton : apButtons) {
         (*ppButton)->setFixedSize(19, 18);
     }
-    m_pMenuBtn->setAccessibleName(tr("Menu"));
-    m_pMinBtn->setAccessibleName(tr("Minimize"));
-    m_pMaxBtn->setAccessibleName(tr("Maximize"));
-    m_pCloseBtn->setAccessibleName(tr("Close"));
+    NameButtons();
 
     pLayout->setContentsMargins(0, 0, 0, 0);
     pLayout->addSpacing(4);
@@ -79,6 +77,14 @@ bool CPlayerTitle::CreateTitleBar() {
     pLayout->addSpacing(4);
     setLayout(pLayout);
     return true;
+}
+
+void CPlayerTitle::NameButtons() {
+    if (!m_pMenuBtn || !m_pMaxBtn || !m_pCloseBtn || !m_pMinBtn) return;
+    m_pMenuBtn->SetToolTipText(tr("Menu"));
+    m_pMinBtn->SetToolTipText(tr("Minimize"));
+    m_pMaxBtn->SetToolTipText(m_bMax ? tr("Restore") : tr("Maximize"));
+    m_pCloseBtn->SetToolTipText(tr("Close"));
 }
 
 bool CPlayerTitle::SetBitMaps() {
@@ -116,15 +122,14 @@ bool CPlayerTitle::ShowMaxScreen() {
         m_pMainWnd->setGeometry(m_rcSaved);
         m_pMainDlg->SetMaxScreen(false);
         SetThreeState(m_pMaxBtn, "max");
-        m_pMaxBtn->setAccessibleName(tr("Maximize"));
     } else {
         m_bMax = true;
         m_rcSaved = m_pMainWnd->geometry();
         m_pMainWnd->setGeometry(QGuiApplication::primaryScreen()->availableGeometry());
         m_pMainDlg->SetMaxScreen(true);
         SetThreeState(m_pMaxBtn, "max", "_zoom");
-        m_pMaxBtn->setAccessibleName(tr("Restore"));
     }
+    NameButtons();
     return true;
 }
 
@@ -134,21 +139,32 @@ bool CPlayerTitle::CloseWindow() {
     return true;
 }
 
+void CPlayerTitle::changeEvent(QEvent* pEvent) {
+    if (pEvent->type() == QEvent::LanguageChange) NameButtons();
+    QWidget::changeEvent(pEvent);
+}
+
 void CPlayerTitle::mousePressEvent(QMouseEvent* pEvent) {
     QWidget::mousePressEvent(pEvent);
+    // Passed on to the window, a press near its edge would resize it beside moving it.
+    pEvent->accept();
+    m_bDoubleClick = false;
     if (!m_pMainDlg || m_bMax || m_bTitleButtonPressed || pEvent->button() != Qt::LeftButton) return;
     m_ptDrag = pEvent->globalPosition().toPoint() - m_pMainWnd->normalGeometry().topLeft();
 }
 
 void CPlayerTitle::mouseMoveEvent(QMouseEvent* pEvent) {
     if (!m_pMainDlg || m_bMax || m_bTitleButtonPressed) return;
-    // A move that carries no left button ends the drag; there is nothing to do on release.
-    if (pEvent->buttons() == Qt::LeftButton) m_pMainWnd->move(pEvent->globalPosition().toPoint() - m_ptDrag);
+    // A move that carries no left button ends the drag; there is nothing to do on release. The second press
+    // of a double click begins none: the window just restored would jump with the first unsteady pixel.
+    if (pEvent->buttons() == Qt::LeftButton && !m_bDoubleClick)
+        m_pMainWnd->move(pEvent->globalPosition().toPoint() - m_ptDrag);
     QWidget::mouseMoveEvent(pEvent);
 }
 
 void CPlayerTitle::mouseDoubleClickEvent(QMouseEvent* pEvent) {
     QWidget::mouseDoubleClickEvent(pEvent);
+    m_bDoubleClick = true;
     if (pEvent->button() == Qt::LeftButton) ShowMaxScreen();
 }
 

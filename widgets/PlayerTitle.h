@@ -23,6 +23,7 @@ class CPlayerTitle : public QWidget {
     bool SetBitMaps();
     // The text in the middle of the bar; repaints at once.
     bool SetShowFilePath(QString strPath);
+    QString GetShowFilePath() const { return m_strFilePath; }
 
     // Public for the window's connections and tool tips; null when building failed.
     CSkinButton* m_pMaxBtn = nullptr;
@@ -40,12 +41,15 @@ class CPlayerTitle : public QWidget {
     bool CloseWindow();
 
   protected:
+    void changeEvent(QEvent* pEvent) override;
     void mousePressEvent(QMouseEvent* pEvent) override;
     void mouseMoveEvent(QMouseEvent* pEvent) override;
     void mouseDoubleClickEvent(QMouseEvent* pEvent) override;
     void paintEvent(QPaintEvent* pEvent) override;
 
   private:
+    // Tool tips and accessible names, in the current language.
+    void NameButtons();
     void DrawFilePath(QPainter& painter);
 
     QWidget* m_pMainWnd = nullptr; // the parent as a widget, when it is a main window
@@ -53,6 +57,7 @@ class CPlayerTitle : public QWidget {
     QRect m_rcSaved; // the window's geometry before it was stretched
     QPoint m_ptDrag; // the mouse relative to the window's top left corner at the press
     bool m_bTitleButtonPressed = false;
+    bool m_bDoubleClick = false; // since the second press of one until the next press
     QString m_strFilePath;
     int m_nMargin = 137; // pixels kept free left and right of the file path
     bool m_bMax = false;

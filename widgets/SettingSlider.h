@@ -1,14 +1,11 @@
 // The slider of the settings dialog's adjustment pages: a click jumps to the clicked place.
 #pragma once
 
-#include <QSlider>
+#include "widgets/JumpSlider.h"
 
-class CSetingSlider : public QSlider {
+class CSetingSlider : public CJumpSlider {
     Q_OBJECT
 
   public:
     explicit CSetingSlider(QWidget* pParent);
-
-  protected:
-    void mousePressEvent(QMouseEvent* pEvent) override;
 };

@@ -8,6 +8,10 @@
 
 CSkinButton::CSkinButton(QWidget* pParent) : QPushButton(pParent) {
     setFocusPolicy(Qt::NoFocus);
+    // Assistive technology presses without a mouse, so that no release follows by itself.
+    connect(this, &QAbstractButton::clicked, this, [this] {
+        if (!m_bPressed) emit ReleaseButton();
+    });
 }
 
 void CSkinButton::SetBitMap(QString strNormal, QString strHover, QString strPressed) {

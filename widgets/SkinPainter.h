@@ -5,7 +5,7 @@
 #include <QRect>
 #include <QString>
 
-// Draws the whole image at the resource path, stretched over the target rectangle. The image is loaded afresh
-// each time; one that cannot be loaded draws nothing. Images larger than the target's physical pixels are
-// averaged down to exactly those, so that their edges stay sharp at every screen scale.
+// Draws the whole image at the resource path, stretched over the target rectangle with its edges at whole
+// physical pixels. The image is loaded afresh each time; one that cannot be loaded draws nothing. Larger ones
+// are averaged down to exactly those pixels, so that they stay sharp at every screen scale.
 void DrawSkinImage(QPainter& painter, const QRect& rcTarget, const QString& strPath);

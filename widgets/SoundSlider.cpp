@@ -1,10 +1,9 @@
 #include "widgets/SoundSlider.h"
 
 #include "widgets/ControlsBarWidget.h"
-#include "widgets/SliderJump.h"
 
+#include <QEvent>
 #include <QImage>
-#include <QMouseEvent>
 #include <QPainter>
 #include <QPixmap>
 
@@ -13,12 +12,17 @@ constexpr int g_nFullVolume = 65535;
 }
 
 CSoundSlider::CSoundSlider(QWidget* pParent)
-    : QSlider(pParent), m_pControlsBar(qobject_cast<CControlsBarWidget*>(pParent)) {
+    : CJumpSlider(pParent), m_pControlsBar(qobject_cast<CControlsBarWidget*>(pParent)) {
     setFocusPolicy(Qt::NoFocus);
     // The name is the tool tip, a bare percentage; the description says of what.
     setAccessibleDescription(tr("Volume"));
     connect(this, &QSlider::valueChanged, this, &CSoundSlider::SetVolumeValue);
     connect(this, &QSlider::valueChanged, this, &CSoundSlider::SetToolTip);
+}
+
+void CSoundSlider::changeEvent(QEvent* pEvent) {
+    if (pEvent->type() == QEvent::LanguageChange) setAccessibleDescription(tr("Volume"));
+    CJumpSlider::changeEvent(pEvent);
 }
 
 void CSoundSlider::SetBitMapPath(QString strNormal, QString strHover) {
@@ -42,19 +46,14 @@ bool CSoundSlider::SetToolTip(int nValue) {
     return true;
 }
 
-void CSoundSlider::mousePressEvent(QMouseEvent* pEvent) {
-    setValue(SliderValueAt(*this, pEvent->position().toPoint().x()));
-    QSlider::mousePressEvent(pEvent);
-}
-
 void CSoundSlider::enterEvent(QEnterEvent* pEvent) {
-    QSlider::enterEvent(pEvent);
+    CJumpSlider::enterEvent(pEvent);
     m_bHover = true;
     SetToolTip(value());
 }
 
 void CSoundSlider::leaveEvent(QEvent* pEvent) {
-    QSlider::leaveEvent(pEvent);
+    CJumpSlider::leaveEvent(pEvent);
     m_bHover = false;
 }
 
@@ -63,5 +62,5 @@ void CSoundSlider::paintEvent(QPaintEvent* pEvent) {
         QPainter painter(this);
         painter.drawPixmap(0, 0, QPixmap::fromImage(QImage(m_bHover ? m_strHover : m_strNormal)));
     }
-    QSlider::paintEvent(pEvent);
+    CJumpSlider::paintEvent(pEvent);
 }

@@ -2,12 +2,13 @@
 // made while muted turns the sound on again.
 #pragma once
 
-#include <QSlider>
+#include "widgets/JumpSlider.h"
+
 #include <QString>
 
 class CControlsBarWidget;
 
-class CSoundSlider : public QSlider {
+class CSoundSlider : public CJumpSlider {
     Q_OBJECT
 
   public:
@@ -24,7 +25,7 @@ class CSoundSlider : public QSlider {
     bool SetToolTip(int nValue);
 
   protected:
-    void mousePressEvent(QMouseEvent* pEvent) override;
+    void changeEvent(QEvent* pEvent) override;
     void enterEvent(QEnterEvent* pEvent) override;
     void leaveEvent(QEvent* pEvent) override;
     void paintEvent(QPaintEvent* pEvent) override;

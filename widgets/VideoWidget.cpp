@@ -3,6 +3,7 @@
 #include "widgets/SkinPainter.h"
 #include "widgets/ViewContainer.h"
 
+#include <QCursor>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QGuiApplication>
@@ -10,10 +11,14 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScreen>
+#include <QTimer>
+
+#include <algorithm>
 
 namespace {
-constexpr int g_nCtrlsBand = 64; // rows at the bottom of the screen that show the control bar
-constexpr int g_nFloatBand = 21; // rows at the top that show the floating panel
+constexpr int g_nCtrlsBand = 64;   // rows at the bottom of the screen that show the control bar
+constexpr int g_nFloatBand = 21;   // rows at the top that show the floating panel
+constexpr int g_nEnterDelay = 100; // milliseconds, in which the news of an entering follows that of a leaving
 constexpr int g_nLogoWidth = 400;
 constexpr int g_nLogoHeight = 228;
 } // namespace
@@ -30,6 +35,7 @@ CViewWidget::CViewWidget(QWidget* pParent)
     setAcceptDrops(true);
     setCursor(Qt::ArrowCursor);
     setMouseTracking(true);
+    if (m_pContainer) m_pContainer->installEventFilter(this);
 }
 
 void CViewWidget::SetStatus(bool bShowLogo, bool bShowBlank, bool bFreeze) {
@@ -75,7 +81,10 @@ void CViewWidget::mouseMoveEvent(QMouseEvent* pEvent) {
 }
 
 void CViewWidget::TrackControlsBar(const QPoint& pos) {
-    const QRect rcBand(0, m_rcScreen.height() - g_nCtrlsBand, m_rcScreen.width(), g_nCtrlsBand);
+    // A window that was not made as large as the screen ends above the screen's band. The surface itself does
+    // too while the control bar is shown, which takes its rows from it.
+    const int nBottom = std::min(m_rcScreen.height(), window()->height());
+    const QRect rcBand(0, nBottom - g_nCtrlsBand, m_rcScreen.width(), g_nCtrlsBand);
     const bool bInside = rcBand.contains(pos);
     if (bInside == m_bCtrlsShown) return;
     m_bCtrlsShown = bInside;
@@ -91,18 +100,40 @@ void CViewWidget::TrackFloatDlg(const QPoint& pos) {
     // the surface: the same as long as the surface fills its parent from the top left corner.
     const QRect rcBand = m_pContainer->GetFullScreenStatus() ? QRect(0, 0, m_rcScreen.width(), g_nFloatBand)
                                                              : QRect(x(), y(), width(), g_nFloatBand);
-    const bool bInside = rcBand.contains(pos);
-    if (bInside == m_bFloatShown) return;
-    m_bFloatShown = bInside;
-    if (bInside) {
+    SetFloatShown(rcBand.contains(pos));
+}
+
+void CViewWidget::SetFloatShown(bool bShown) {
+    if (bShown == m_bFloatShown) return;
+    m_bFloatShown = bShown;
+    if (bShown) {
         m_pContainer->ShowFloatDlg();
     } else {
         m_pContainer->HideFloatDlg();
     }
 }
 
+// The panel lies over the band and keeps the surface from seeing the pointer go out over the top edge. As
+// both are windows of their own, the container may also be told that the pointer left when it went from one
+// to the other; and where the pointer is, it knows only once a window manager has answered a wish for another
+// place or size.
+bool CViewWidget::eventFilter(QObject* pObject, QEvent* pEvent) {
+    if (pObject == m_pContainer && pEvent->type() == QEvent::Leave) {
+        if (m_pContainer->rect().contains(m_pContainer->mapFromGlobal(QCursor::pos()))) {
+            QTimer::singleShot(g_nEnterDelay, this, [this] {
+                if (!m_pContainer->underMouse()) SetFloatShown(false);
+            });
+        } else {
+            SetFloatShown(false);
+        }
+    }
+    return QWidget::eventFilter(pObject, pEvent);
+}
+
 void CViewWidget::mouseDoubleClickEvent(QMouseEvent* pEvent) {
-    if (pEvent->button() == Qt::LeftButton && m_pContainer) m_pContainer->FullScreen();
+    // The toolkit counts a press that follows another soon as this, whichever the button.
+    if (pEvent->button() != Qt::LeftButton) return mousePressEvent(pEvent);
+    if (m_pContainer) m_pContainer->FullScreen();
 }
 
 void CViewWidget::dragEnterEvent(QDragEnterEvent* pEvent) {

@@ -22,6 +22,9 @@ class CViewWidget : public QWidget {
     // Null while the library draws, so that Qt never paints over it.
     QPaintEngine* paintEngine() const override;
 
+    // Watches the container for the pointer leaving it.
+    bool eventFilter(QObject* pObject, QEvent* pEvent) override;
+
   protected:
     void paintEvent(QPaintEvent* pEvent) override;
     void mousePressEvent(QMouseEvent* pEvent) override;
@@ -33,6 +36,7 @@ class CViewWidget : public QWidget {
   private:
     void TrackControlsBar(const QPoint& pos);
     void TrackFloatDlg(const QPoint& pos);
+    void SetFloatShown(bool bShown);
 
     CViewContainer* m_pContainer = nullptr;
     QRect m_rcScreen; // the primary screen, taken once

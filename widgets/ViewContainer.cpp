@@ -10,7 +10,8 @@ CViewContainer::CViewContainer(QWidget* pParent)
 
 void CViewContainer::ShowFullScreen() {
     m_rcNormal = frameGeometry();
-    const QRect rcScreen = QGuiApplication::primaryScreen()->geometry();
+    // Both are children: the window covers the screen, wherever that begins.
+    const QRect rcScreen(QPoint(0, 0), QGuiApplication::primaryScreen()->geometry().size());
     if (QWidget* pSplitter = m_pMainDlg ? m_pMainDlg->GetSplitter() : nullptr)
         pSplitter->setGeometry(rcScreen);
     setGeometry(rcScreen);

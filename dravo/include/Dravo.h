@@ -5,17 +5,25 @@
  * into a window, and ask and steer it from there. The interface is plain C; nothing but the functions of this
  * header is exported by the library.
  *
- * Results    A function returns non-zero for success and 0 for failure unless it returns a value. None
- * crashes, throws or hangs on a bad port, a null pointer or a call that the port's state does not allow: it
- *            returns 0 and changes nothing.
- * Threads    Every function may be called from any thread, unless its own text says otherwise. Calls on one
- * port from several threads take effect one after the other. Frames     Frame n is the n-th picture of the
- * file in presentation order, counted from 0, by whatever call it is reached and whatever the file is.
- * Callbacks  run on the port's own threads with no lock of the library held. When Dravo_Stop or
+ * Results: a function returns non-zero for success and 0 for failure unless it returns a value. None crashes,
+ * throws or hangs on a bad port, a null pointer or a call that the port's state does not allow: it returns 0
+ * and changes nothing.
+ *
+ * Threads: every function may be called from any thread, unless its own text says otherwise. Calls on one
+ * port from several threads take effect one after the other.
+ *
+ * Frames: frame n is the n-th picture of the file in presentation order, counted from 0, by whatever call it
+ * is reached and whatever the file is.
+ *
+ * Callbacks run on the port's own threads with no lock of the library held. When Dravo_Stop or
  * Dravo_CloseFile has returned, no callback of that port is running or will run. Called from inside a
- * callback, Dravo_Stop, Dravo_CloseFile and Dravo_FreePort return 0 and do nothing. States     "open" means
- * that a file is open on the port; "playing" that Dravo_Play succeeded since the last Dravo_Stop (a paused
- * port is playing); "stopped" that a file is open and not playing.
+ * callback, Dravo_Stop, Dravo_CloseFile and Dravo_FreePort return 0 and do nothing.
+ *
+ * States: "open" means that a file is open on the port; "playing" that Dravo_Play succeeded since the last
+ * Dravo_Stop (a paused port is playing); "stopped" that a file is open and not playing.
+ *
+ * Memory: all ports of a process together keep decoded pictures up to the smaller of 512 MB and an eighth of
+ * the machine's memory. A port that is stopped keeps none.
  */
 #ifndef DRAVO_H
 #define DRAVO_H
@@ -60,6 +68,8 @@ DRAVO_API int Dravo_FreePort(int port);
  * Opens the file at `path` (bytes as the file system has them). Fails if a file is already open on the port,
  * if the file cannot be read or holds no picture that can be decoded. Returns within two seconds, and without
  * waiting for the index of a large raw stream (see Dravo_SetFileRefCallBack). The file is only ever read.
+ * What lies on a share that does not answer cannot be read; while one hangs, other files of its folder fail
+ * at once.
  */
 DRAVO_API int Dravo_OpenFile(int port, const char* path);
 
@@ -126,6 +136,11 @@ DRAVO_API int Dravo_SetVolume(int port, unsigned short volume);
  * Moving to a position returns at once; the picture follows, and of several requests only the newest is
  * decoded. The queries below report the new position at once. A paused port stays paused. All three fail when
  * not playing.
+ *
+ * A frame that a damaged file gives no picture for is passed over: a step goes on in its own direction, a
+ * jump ends at a frame near by (before it on a paused port, else after it, the other side where there is
+ * none). The queries then report the frame that is shown. What is not found within two seconds is given up,
+ * and the picture stays.
  */
 
 /* To a frame; fails at or past the total. */
@@ -196,7 +211,10 @@ DRAVO_API int Dravo_SetPicQuality(int port, int high);
 /* 1: normal, as at first; 2: half resolution, to save time. Others fail. */
 DRAVO_API int Dravo_SetDisplayType(int port, int type);
 
-/* 1: each picture on time, as at first; 2: fewer wake-ups, pictures up to 10 ms off. Others fail. */
+/*
+ * 1: each picture on time, as at first; 2: fewer wake-ups: pictures up to 10 ms off, and a window that was
+ * uncovered or resized while playing is drawn again with the next picture. Others fail.
+ */
 DRAVO_API int Dravo_SetTimerType(int port, int type, unsigned long reserved);
 
 /* How many of the unreferenced pictures between two others are left out while playing: 0, 1 or 2. */

@@ -52,7 +52,9 @@ bool CSkinList::AddLine(const QStringList& lstColumns) {
     image.strName = lstColumns[0];
     image.strSource = lstColumns[1] == "-" ? QString() : lstColumns[1];
     image.szWidget = QSize(lstSize[0].toInt(), lstSize[1].toInt());
-    image.nScale = lstColumns[3].toInt();
+    const QStringList lstScale = lstColumns[3].split('+');
+    image.nScale = lstScale.first().toInt();
+    image.nFine = lstScale.size() > 1 ? lstScale.last().toInt() : 0;
     image.nBox = lstColumns[4].toInt(); // 0 for "full" and "-"
     image.strGround = lstGround.first();
     image.strCurrent = lstColumns[6] == "-" ? QString() : lstColumns[6];

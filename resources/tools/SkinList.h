@@ -14,6 +14,7 @@ struct SkinImage {
     QString strSource;  // the SVG file's name; empty for a plain ground
     QSize szWidget;     // size in pixels at 100 %
     int nScale = 1;     // the image is this many times as large
+    int nFine = 0;      // those for finer screens are this many times as large for each 100 %; 0: none
     int nBox = 0;       // side of the square that the source fills, centred; 0: the whole image
     QString strGround;  // colour under everything
     QString strCurrent; // colour that the source calls currentColor; may be empty

@@ -1,8 +1,8 @@
 // Renders the skin: talvio_skin_tool SOURCES OUTPUT
 //
 // Reads palette.txt, images.txt and the SVG files of SOURCES and leaves in OUTPUT one 24-bit BMP file for
-// each image, the application icon as Talvio.ico and talvio.svg, and skin.qrc, which lists what the program
-// carries. Run by the build.
+// each image (and name@2x to name@4x for finer screens, where images.txt asks for them), the application icon
+// as Talvio.ico and talvio.svg, and skin.qrc, which lists what the program carries. Run by the build.
 
 #include "resources/tools/IconFile.h"
 #include "resources/tools/SkinRenderer.h"
@@ -36,14 +36,27 @@ QString WriteIcons(CSkinRenderer& renderer, const QDir& dirOut) {
     return {};
 }
 
+QString WriteImage(CSkinRenderer& renderer, const SkinImage& image, const QDir& dirOut,
+                   QStringList& lstFiles) {
+    const QImage picture = renderer.Render(image);
+    if (picture.isNull()) return renderer.strError;
+    const QString strFile = image.strName + ".bmp";
+    if (!picture.save(dirOut.filePath(strFile), "BMP")) return "cannot write " + strFile;
+    lstFiles.append(strFile);
+    return {};
+}
+
 QString WriteImages(CSkinRenderer& renderer, const CSkinList& skin, const QDir& dirOut,
                     QStringList& lstFiles) {
-    for (const SkinImage& image : skin.Images()) {
-        const QImage picture = renderer.Render(image);
-        if (picture.isNull()) return renderer.strError;
-        const QString strFile = image.strName + ".bmp";
-        if (!picture.save(dirOut.filePath(strFile), "BMP")) return "cannot write " + strFile;
-        lstFiles.append(strFile);
+    for (SkinImage image : skin.Images()) {
+        QString strError = WriteImage(renderer, image, dirOut, lstFiles);
+        const QString strName = image.strName;
+        for (int nScreen = 2; image.nFine > 0 && nScreen <= 4 && strError.isEmpty(); ++nScreen) {
+            image.strName = QString("%1@%2x").arg(strName).arg(nScreen);
+            image.nScale = image.nFine * nScreen;
+            strError = WriteImage(renderer, image, dirOut, lstFiles);
+        }
+        if (!strError.isEmpty()) return strError;
     }
     return {};
 }

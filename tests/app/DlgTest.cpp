@@ -3,16 +3,13 @@
 #include "engine/Operate.h"
 #include "playlist/ListBox.h"
 #include "widgets/PlayStatusWidget.h"
-#include "widgets/SkinPainter.h"
 #include "widgets/StaticTitle.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QDir>
 #include <QFile>
-#include <QImage>
 #include <QMenu>
-#include <QPainter>
 
 CDlgTest::CDlgTest() : m_strFormerFolder(QDir::currentPath()) {
     QDir::setCurrent(QString::fromStdString(m_folder.Path().string()));
@@ -111,6 +108,16 @@ QStringList CDlgTest::Playlist() {
     return lstPaths;
 }
 
+void CDlgTest::PlayList(const QStringList& lstPaths, const QList<int>& lstMarked, int nRow,
+                        const char* pMode) {
+    for (int n = 0; n < lstPaths.size(); ++n)
+        m_pDlg->AddFile2List(lstPaths[n], lstMarked.contains(n));
+    Action(QString::fromLatin1(pMode))->trigger();
+    Play(lstPaths.value(nRow, QStringLiteral("/rec/x.mp4")));
+    Find<CListBox>()->setCurrentRow(nRow);
+    Fake().TakeCalls();
+}
+
 QList<int> CDlgTest::MarkedRows() {
     QList<int> lstRows;
     CListBox* pList = Find<CListBox>();
@@ -118,18 +125,6 @@ QList<int> CDlgTest::MarkedRows() {
         if (pList->item(nRow)->background() == QBrush(Qt::darkRed, Qt::SolidPattern)) lstRows.append(nRow);
     }
     return lstRows;
-}
-
-bool PaintsSkin(QWidget* pWidget, const QString& strName) {
-    const QString strPath = QStringLiteral(":/Resources/%1.bmp").arg(strName);
-    if (!QFile::exists(strPath)) qFatal("no such image: %s", qPrintable(strPath));
-    const QImage painted = pWidget->grab().toImage().convertToFormat(QImage::Format_RGB32);
-    QImage expected(painted.size(), QImage::Format_RGB32);
-    expected.fill(Qt::magenta);
-    QPainter painter(&expected);
-    DrawSkinImage(painter, expected.rect(), strPath);
-    painter.end();
-    return painted == expected;
 }
 
 CModalAnswer::CModalAnswer(std::function<void(QDialog*)> answer) : m_answer(std::move(answer)) {

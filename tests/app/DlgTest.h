@@ -5,6 +5,7 @@
 #include "engine/Operate.h"
 #include "tests/fakes/DravoFake.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/widgets/ShownSkin.h"
 
 #include <QDialog>
 #include <QList>
@@ -65,6 +66,9 @@ class CDlgTest {
     QString LeftText();
     QString RightText();
     QStringList Playlist();
+    // Lists these files, some of them marked, chooses the play mode by its action's text, and plays the file
+    // of the row, which becomes the current one; the calls up to here are forgotten.
+    void PlayList(const QStringList& lstPaths, const QList<int>& lstMarked, int nRow, const char* pMode);
 
     // The rows of the playlist that are marked as unplayable.
     QList<int> MarkedRows();
@@ -74,10 +78,6 @@ class CDlgTest {
     QString m_strFormerFolder;
     std::unique_ptr<CTalvioDlg> m_pDlg;
 };
-
-// Whether what the widget paints at rest is this skin image, stretched over it ("play" for
-// ":/Resources/play.bmp").
-bool PaintsSkin(QWidget* pWidget, const QString& strName);
 
 // Answers the next modal dialogs: each time one is open, `answer` gets it.
 class CModalAnswer : public QObject {

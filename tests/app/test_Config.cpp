@@ -1,5 +1,7 @@
 // The window's settings and their file: what is kept between runs, what is not, and odd values.
+#include "playlist/ListBox.h"
 #include "tests/app/DlgTest.h"
+#include "widgets/SoundSlider.h"
 
 #include <QDir>
 #include <QFile>
@@ -59,6 +61,12 @@ class TestConfig : public QObject {
         window.SetContrast(2);
         window.SetChromaticity(3);
         window.SetHue(4);
+        test.Play();
+        QVERIFY(window.AddFile2List("/rec/a.mp4", false));
+        QVERIFY(window.SoundDown());
+        window.Sound();
+        QVERIFY(!window.GetSoundStatus());
+        QCOMPARE(test.Playlist().size(), 1);
         test.Close();
 
         std::unique_ptr<COperate> pOperate; // outlives the window
@@ -79,6 +87,43 @@ class TestConfig : public QObject {
         QCOMPARE(again.GetContrast(), 64);
         QCOMPARE(again.GetChromaticity(), 64);
         QCOMPARE(again.GetHue(), 64);
+        QVERIFY(again.GetSoundStatus());
+        QCOMPARE(again.findChild<CSoundSlider*>()->value(), 65535);
+        QCOMPARE(again.findChild<CListBox*>()->count(), 0);
+    }
+
+    void WhatWasReadIsWrittenAgain() {
+        CDlgTest test;
+        QByteArray bytes = FileOf("/pictures", kStartValues);
+        bytes.replace("<FilePath>", "<FilePath>/films & more").replace("&", "&amp;");
+        bytes.replace("<ThrowBNum>0", "<ThrowBNum>7").replace("<ConCapType>0", "<ConCapType>-1");
+        test.Dlg().ReadFromConfigFile(test.WriteFile("in.config", bytes));
+        test.Dlg().WriteIntoConfigFile(test.File("out.config"));
+        QCOMPARE(Contents(test.File("out.config")), bytes);
+    }
+
+    void TheFileBelongsToTheWorkingDirectoryOfTheStart() {
+        CDlgTest first;
+        first.Dlg().SetThrowBNum(1);
+        {
+            CDlgTest second; // in a directory of its own, which is the working directory now
+            second.Dlg().SetThrowBNum(2);
+            first.Close();
+            QVERIFY(!QFile::exists(second.File("Player.config")));
+            second.Close();
+            QVERIFY(Contents(second.File("Player.config")).contains("<ThrowBNum>2<"));
+        }
+        QVERIFY(Contents(first.File("Player.config")).contains("<ThrowBNum>1<"));
+    }
+
+    void WhatIsNotStoredHasItsStartValue() {
+        CDlgTest test;
+        QCOMPARE(test.Dlg().GetDeinterlaceType(), 0);
+        QCOMPARE(test.Dlg().GetPreThrowBNum(), 0);
+        QCOMPARE(test.Dlg().GetSpeed(), 0);
+        for (const int nValue : {test.Dlg().GetBrightness(), test.Dlg().GetContrast(),
+                                 test.Dlg().GetChromaticity(), test.Dlg().GetHue()})
+            QCOMPARE(nValue, 64);
     }
 
     void OddValuesAreReadAsTheyAre() {

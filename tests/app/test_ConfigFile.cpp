@@ -1,14 +1,13 @@
 // The settings file: its bytes, and what becomes of files that are not of its form.
 #include "app/ConfigFile.h"
+#include "tests/support/FileSizeLimit.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <csignal>
-#include <sys/resource.h>
+#include <algorithm>
 #include <sys/stat.h>
 
 namespace {
@@ -47,6 +46,21 @@ QByteArray BillionLaughs() {
         bytes += "<!ENTITY a" + QByteArray::number(n) + " \"" + strBelow.repeated(10) + "\">\n";
     }
     return bytes + "]>\n" + QByteArray(kFile.mid(kFile.indexOf('\n') + 1)).replace("/films", "&a9;");
+}
+
+// `bytes`, with what `text` gives for 0, 1, 2... until it is as long as the longest that is read.
+template <typename Text>
+QByteArray Grown(QByteArray bytes, Text&& text) {
+    for (int n = 0; bytes.size() < 250'000; ++n)
+        bytes += text(QByteArray::number(n));
+    return bytes;
+}
+
+QByteArray Utf16(const QByteArray& bytes) {
+    QByteArray wide;
+    for (const char c : bytes)
+        wide.append(c).append('\0');
+    return "\xff\xfe" + wide;
 }
 
 } // namespace
@@ -97,6 +111,10 @@ class TestConfigFile : public QObject {
         QTest::newRow("beyond the first plane") << QString::fromUtf8("/🎬") << QByteArray("/🎬");
         QTest::newRow("percent") << "/100%25" << QByteArray("/100%25");
         QTest::newRow("line feed") << "/a\nb" << QByteArray("/a\nb");
+        QTest::newRow("carriage return") << "/a\rb" << QByteArray("/a&#xd;b");
+        QTest::newRow("tabulator") << "/a\tb" << QByteArray("/a\tb");
+        QTest::newRow("end of character data") << "/a]]>b" << QByteArray("/a]]&gt;b");
+        QTest::newRow("entity") << "/&amp;" << QByteArray("/&amp;amp;");
         QTest::newRow("long") << "/" + QString(5000, 'x') << "/" + QByteArray(5000, 'x');
     }
     void PathsSurvive() {
@@ -151,6 +169,48 @@ class TestConfigFile : public QObject {
         QCOMPARE(lstRead.mid(1), kValues.mid(1));
     }
 
+    void AFileInUtf16IsReadByItsMark() {
+        WriteBytes(m_strPath, Utf16(QByteArray(kFile).replace(" encoding=\"UTF-8\"", "")));
+        QCOMPARE(ReadConfigFile(m_strPath), kValues);
+    }
+
+    void WhatStandsOutsideTheRootDoesNotCount() {
+        const QByteArray root = kFile.mid(kFile.indexOf('\n') + 1);
+        WriteBytes(m_strPath, "<?xml version=\"1.0\"?>\n<!-- by hand -->\n<!DOCTYPE PlayerSettings>\n" +
+                                  root + "<!-- end --><?i j?>\n");
+        QCOMPARE(ReadConfigFile(m_strPath), kValues);
+    }
+
+    void APrefixThatNothingBindsIsPartOfTheName() {
+        WriteBytes(m_strPath, QByteArray(kFile).replace("/films", "/f<a:b c:d=\"\">il</a:b>ms"));
+        QStringList lstExpected = kValues;
+        lstExpected[0] = "/films";
+        QCOMPARE(ReadConfigFile(m_strPath), lstExpected);
+    }
+
+    void ADeclaredEncodingIsFollowed() {
+        WriteBytes(m_strPath,
+                   QByteArray(kFile).replace("UTF-8", "ISO-8859-1").replace("/films", "/f\xefl\xe9"));
+        QStringList lstExpected = kValues;
+        lstExpected[0] = QString::fromUtf8("/fïlé");
+        QCOMPARE(ReadConfigFile(m_strPath), lstExpected);
+    }
+
+    void AttributesAreIgnored() {
+        WriteBytes(m_strPath, QByteArray(kFile).replace("<Timer>", "<Timer unit=\"ms\">"));
+        QCOMPARE(ReadConfigFile(m_strPath), kValues);
+    }
+
+    void AllElementsInTheWrongOrderLeaveAllSettings() {
+        QList<QByteArray> lstLines = kFile.split('\n');
+        std::reverse(lstLines.begin() + 2, lstLines.begin() + 12);
+        WriteBytes(m_strPath, lstLines.join('\n'));
+        const QStringList lstRead = ReadConfigFile(m_strPath);
+        QCOMPARE(lstRead.size(), 10);
+        for (const QString& strText : lstRead)
+            QVERIFY(strText.isNull());
+    }
+
     void AnUnusableFileGivesNothing_data() {
         QTest::addColumn<QByteArray>("bytes");
         QTest::newRow("empty") << QByteArray();
@@ -164,6 +224,20 @@ class TestConfigFile : public QObject {
         QTest::newRow("cut off") << kFile.left(200);
         QTest::newRow("not XML") << QByteArray("HighQuality=1\n");
         QTest::newRow("entities in entities") << BillionLaughs();
+        // Well-formed, and all ten are there; but they hold the parser up for minutes.
+        QTest::newRow("elements nested deeply") << QByteArray(kFile).replace(
+            "/films", QByteArray("<a>").repeated(35'000) + QByteArray("</a>").repeated(35'000));
+        QTest::newRow("a tag of many attributes") << QByteArray(kFile).replace(
+            "<PlayerSettings>",
+            Grown("<PlayerSettings", [](const QByteArray& n) { return " a" + n + "=\"\""; }) + ">");
+        QTest::newRow("an entity over and over")
+            << "<!DOCTYPE P [<!ENTITY e \"" + QByteArray(900, 'x') + "\">]>" +
+                   kFile.mid(kFile.indexOf('\n') + 1).replace("/films", QByteArray("&e;").repeated(50'000));
+        QTest::newRow("attributes given by the document type")
+            << "<!DOCTYPE P [<!ATTLIST Timer unit CDATA \"ms\">]>" + kFile.mid(kFile.indexOf('\n') + 1);
+        QTest::newRow("the same in UTF-16") << Utf16(BillionLaughs());
+        QTest::newRow("in UTF-16, cut in a letter") << Utf16(kFile).chopped(1);
+        QTest::newRow("with a zero inside") << QByteArray(kFile).insert(kFile.size() / 2, '\0');
         QTest::newRow("larger than any of ours")
             << QByteArray(kFile).replace("<PlayerSettings>", "<PlayerSettings>" + QByteArray(2 << 20, ' '));
     }
@@ -194,20 +268,12 @@ class TestConfigFile : public QObject {
 
     void AWriteThatFailsLeavesTheOldFile() {
         WriteBytes(m_strPath, kFile);
-        // A limit on the size of files stands in for a full disk.
-        struct rlimit old {};
-        QCOMPARE(getrlimit(RLIMIT_FSIZE, &old), 0);
-        const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-        struct rlimit tight = old;
-        tight.rlim_cur = 100;
-        QCOMPARE(setrlimit(RLIMIT_FSIZE, &tight), 0);
         QStringList lstValues = kValues;
         lstValues[0] = "/new";
-        const bool bWritten = WriteConfigFile(m_strPath, lstValues);
-        setrlimit(RLIMIT_FSIZE, &old);
-        std::signal(SIGXFSZ, oldHandler);
-
-        QVERIFY(!bWritten);
+        {
+            const support::FileSizeLimit limit(100);
+            QVERIFY(!WriteConfigFile(m_strPath, lstValues));
+        }
         QCOMPARE(ReadBytes(m_strPath), kFile);
         QCOMPARE(QDir(m_folder.path()).entryList(QDir::Files), QStringList("Player.config"));
     }

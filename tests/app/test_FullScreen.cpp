@@ -86,6 +86,7 @@ void CFullScreenTest::EnteringShowsTheVideoAlone() {
     QVERIFY(!m_pTest->Find<CControlsBarWidget>()->isVisible());
     QVERIFY(!m_pTest->Find<CListBox>()->isVisible());
     QVERIFY(!m_pTest->Find<CListTitleBar>()->isVisible());
+    QVERIFY(m_pTest->Find<CListBox>()->parentWidget()->isHidden()); // the panel itself
     QVERIFY(!m_pTest->Find<CPlayStatusWidget>()->isVisible());
     QTRY_COMPARE(m_pTest->Find<CViewWidget>()->size(), QGuiApplication::primaryScreen()->size());
     QCOMPARE(m_pTest->Dlg().layout()->contentsMargins(), QMargins());
@@ -114,8 +115,14 @@ void CFullScreenTest::LeavingBringsEverythingBack() {
     QTRY_COMPARE(m_pTest->Dlg().geometry(), rcBefore);
     QVERIFY(m_pTest->Find<CPlayerTitle>()->isVisible());
     QVERIFY(m_pTest->Find<CControlsBarWidget>()->isVisible());
-    QVERIFY(m_pTest->Find<CControlsBarWidget>()->m_pToolBoxBtn->isVisible());
+    const auto* pBar = m_pTest->Find<CControlsBarWidget>();
+    for (const CSkinButton* pButton :
+         {pBar->m_pToolBoxBtn, pBar->m_pPlaylistBtn, pBar->m_pLanguageBtn, pBar->m_pOpenFileBtn}) {
+        QVERIFY(pButton->isVisible());
+    }
     QVERIFY(m_pTest->Find<CListBox>()->isVisible());
+    QVERIFY(m_pTest->Find<CListTitleBar>()->isVisible());
+    QVERIFY(m_pTest->Find<CListBox>()->parentWidget()->isVisible());
     QVERIFY(m_pTest->Find<CPlayStatusWidget>()->isVisible());
     QCOMPARE(m_pTest->Dlg().layout()->contentsMargins(), QMargins(0, 0, 0, 4));
     QCOMPARE(m_pTest->Dlg().layout()->spacing(), 1);

@@ -1,23 +1,14 @@
-// The play commands: what each asks of the library in each play state, and what the controls show afterwards.
+// The play commands: what each asks of the library in each play state.
 #include "tests/app/DlgTest.h"
 #include "widgets/ControlsBarWidget.h"
 #include "widgets/PlayerTitle.h"
 #include "widgets/PlaySlider.h"
 #include "widgets/SkinButton.h"
-#include "widgets/SoundSlider.h"
 #include "widgets/VideoWidget.h"
 
 #include <QAction>
-#include <QDir>
-#include <QImage>
-#include <QLabel>
-#include <QMenu>
-#include <QMessageBox>
-#include <QPushButton>
 #include <QTest>
 #include <QTimer>
-
-#include <functional>
 
 class CPlayTest : public QObject {
     Q_OBJECT
@@ -27,9 +18,9 @@ class CPlayTest : public QObject {
     void cleanup() { m_pTest.reset(); }
 
     void OpeningRegistersTheCallbacksAndPlaysWithTheSettings();
-    void OpeningTakesTheVolumeFromTheSlider();
     void OpeningAppliesTheSpeedLevel();
     void OpeningStartsTheTimerOnce();
+    void TheTimerRunsOnWithoutAFile();
     void OpeningAnotherFileClosesTheFirst();
     void AFileThatTheLibraryRefusesIsNotOpened();
     void AnUnreadableSecondFileLeavesNothingOpen();
@@ -47,31 +38,15 @@ class CPlayTest : public QObject {
     void TheFacadeKeepsItsStoredSpeedUntilTheSettingsAreHandedOver();
     void SteppingByState();
     void ARefusedStepForwardChangesNothing();
+    void ARefusedStepBackStillBringsTheControlsIntoLine();
     void BackStepsWithoutARefresh();
     void StartAndEndByState();
     void CloseFileByState();
     void ClosingResetsThePictureValues();
 
-    void MutingAndUnmuting();
-    void TheVolumeKeysMoveByATenth();
-    void TheVolumeKeysStopAtTheEnds();
-    void AVolumeKeyUnmutes();
-    void TheSoundSliderSetsTheVolume();
     void ThePlaySliderSeeks();
     void SetSpeedClamps_data();
     void SetSpeedClamps();
-
-    void TheControlsFollowTheState();
-    void TheTitleBarShowsTheFileNameUnlessNothingIsOpen();
-    void TheVideoSurfaceShowsLogoPictureOrBlankGroundByState();
-    void ClosedStateDisablesExactlyTheFileCommands();
-    void TheSpeedIsShown();
-
-    void ACaptureWritesOnePictureIntoItsFolder();
-    void ACaptureTypeOtherThanZeroIsJpeg();
-    void AFailedCaptureIsReported();
-    void ACaptureIsRefusedWithNothingPlaying();
-    void ACaptureEndsContinuousCapture();
 
   private:
     QString Window() { return QString::number(m_pTest->Find<CViewWidget>()->winId()); }
@@ -101,13 +76,6 @@ void CPlayTest::OpeningRegistersTheCallbacksAndPlaysWithTheSettings() {
     QCOMPARE(m_pTest->State(), 1);
 }
 
-void CPlayTest::OpeningTakesTheVolumeFromTheSlider() {
-    m_pTest->Find<CSoundSlider>()->setValue(1000);
-    m_pTest->Play();
-    m_pTest->Dlg().SoundUp();
-    QVERIFY(m_pTest->Commands().contains("Dravo_SetVolume(2, 7553)"));
-}
-
 void CPlayTest::OpeningAppliesTheSpeedLevel() {
     m_pTest->Dlg().SetSpeed(2);
     QVERIFY(m_pTest->Dlg().OpenItemFile(QStringLiteral("/rec/a.mp4")));
@@ -123,6 +91,23 @@ void CPlayTest::OpeningStartsTheTimerOnce() {
     const int nId = pTimer->timerId();
     m_pTest->Play(QStringLiteral("/rec/b.mp4"));
     QCOMPARE(pTimer->timerId(), nId);
+}
+
+void CPlayTest::TheTimerRunsOnWithoutAFile() {
+    const auto isRunning = [&] {
+        for (const QTimer* pTimer : m_pTest->Dlg().findChildren<QTimer*>(Qt::FindDirectChildrenOnly)) {
+            if (pTimer->isActive() && pTimer->interval() == 500) return true;
+        }
+        return false;
+    };
+    QVERIFY(!isRunning());
+    m_pTest->PlayInto(3);
+    QVERIFY(isRunning());
+    m_pTest->Dlg().CloseFile();
+    QVERIFY(isRunning());
+    m_pTest->Fake().RefuseFile("/rec/bad.mp4");
+    QVERIFY(!m_pTest->Dlg().OpenItemFile(QStringLiteral("/rec/bad.mp4")));
+    QVERIFY(isRunning());
 }
 
 void CPlayTest::OpeningAnotherFileClosesTheFirst() {
@@ -147,13 +132,35 @@ void CPlayTest::AFileThatTheLibraryRefusesIsNotOpened() {
 }
 
 void CPlayTest::AnUnreadableSecondFileLeavesNothingOpen() {
-    m_pTest->Play();
-    // Gone between the check and the opening.
-    m_pTest->Fake().QueueResults("Dravo_OpenFile", {1, 0});
-    QVERIFY(m_pTest->Dlg().OpenItemFile(QStringLiteral("/rec/b.mp4")));
-    QCOMPARE(m_pTest->State(), 0);
-    QCOMPARE(m_pTest->LeftText(), QStringLiteral("Ready"));
-    QVERIFY(!m_pTest->Action(QStringLiteral("Stop"))->isEnabled());
+    auto* pTimer = m_pTest->Dlg().findChild<QTimer*>(QString(), Qt::FindDirectChildrenOnly);
+    auto* pTitle = m_pTest->Find<CPlayerTitle>();
+    const auto* pBar = m_pTest->Find<CControlsBarWidget>();
+    for (const int nState : {1, 2, 3}) {
+        m_pTest->PlayInto(nState);
+        m_pTest->Dlg().DrawStatus();
+        m_pTest->Dlg().SetHue(9);
+        // Gone between the check and the opening.
+        m_pTest->Fake().QueueResults("Dravo_OpenFile", {1, 0});
+        QVERIFY(m_pTest->Dlg().OpenItemFile(QStringLiteral("/rec/b.mp4")));
+        QCOMPARE(m_pTest->State(), 0);
+        QCOMPARE(m_pTest->Fake().OpenPort(), 0);
+        QCOMPARE(m_pTest->Fake().CountCalls("Dravo_Play"), 0);
+        // The status is that of nothing open, and stays so, though the timer runs on.
+        for (int nRound = 0; nRound < 2; ++nRound) {
+            QCOMPARE(m_pTest->LeftText(), QStringLiteral("Ready"));
+            QCOMPARE(m_pTest->RightText(), QString());
+            QCOMPARE(pTitle->GetShowFilePath(), QString());
+            QCOMPARE(pBar->m_pPlaySlider->maximum(), 0);
+            QCOMPARE(pBar->m_pPlayBtn->toolTip(), QStringLiteral("Play"));
+            QVERIFY(m_pTest->Find<CViewWidget>()->updatesEnabled());
+            QVERIFY(!m_pTest->Action(QStringLiteral("Stop"))->isEnabled());
+            QVERIFY(pTimer->isActive());
+            m_pTest->Dlg().DrawStatus();
+        }
+        QCOMPARE(m_pTest->Dlg().GetHue(), 64);
+        QCOMPARE(m_pTest->Dlg().GetCurFileName(), QStringLiteral("b.mp4"));
+        QVERIFY(!m_pTest->Dlg().PlayOrPause());
+    }
 }
 
 void CPlayTest::OpenItemFileRefusesAnEmptyPathAndAnUnknownFile() {
@@ -322,6 +329,16 @@ void CPlayTest::ARefusedStepForwardChangesNothing() {
     QCOMPARE(m_pTest->Fake().CountCalls("Dravo_RefreshPlay"), 0);
 }
 
+void CPlayTest::ARefusedStepBackStillBringsTheControlsIntoLine() {
+    m_pTest->Play();
+    m_pTest->Fake().SetResult("Dravo_OneByOneBack", 0);
+    m_pTest->Dlg().GetOperate()->SetCurrentState(2); // nobody has told the controls
+    QCOMPARE(m_pTest->LeftText(), QStringLiteral("Playing"));
+    QVERIFY(!m_pTest->Dlg().LastFrame());
+    QCOMPARE(m_pTest->LeftText(), QStringLiteral("Pause"));
+    QCOMPARE(m_pTest->Commands(), QStringList({"Dravo_OneByOneBack(2)", "Dravo_RefreshPlay(2)"}));
+}
+
 void CPlayTest::BackStepsWithoutARefresh() {
     m_pTest->Play();
     QVERIFY(m_pTest->Dlg().Back());
@@ -371,61 +388,6 @@ void CPlayTest::ClosingResetsThePictureValues() {
     QCOMPARE(m_pTest->Fake().CountCalls("Dravo_SetColor"), 0);
 }
 
-void CPlayTest::MutingAndUnmuting() {
-    m_pTest->Play();
-    CSkinButton* pButton = m_pTest->Find<CControlsBarWidget>()->m_pSoundBtn;
-    QVERIFY(m_pTest->Dlg().Sound());
-    QVERIFY(!m_pTest->Dlg().GetSoundStatus());
-    QCOMPARE(m_pTest->Commands(), QStringList({"Dravo_StopSound()"}));
-    QVERIFY(m_pTest->Action(QStringLiteral("Mute"))->isChecked());
-    QVERIFY(PaintsSkin(pButton, QStringLiteral("volumeoff")));
-    QVERIFY(m_pTest->Dlg().Sound());
-    QCOMPARE(m_pTest->Commands(), QStringList({"Dravo_PlaySound(2)", "Dravo_SetVolume(2, 65535)"}));
-    QVERIFY(!m_pTest->Action(QStringLiteral("Mute"))->isChecked());
-    QVERIFY(PaintsSkin(pButton, QStringLiteral("volumeon")));
-    // With no file too: the next one opens muted.
-    m_pTest->Dlg().CloseFile();
-    QVERIFY(m_pTest->Dlg().Sound());
-    m_pTest->Play();
-    QVERIFY(!m_pTest->Dlg().GetSoundStatus());
-}
-
-void CPlayTest::TheVolumeKeysMoveByATenth() {
-    m_pTest->Play();
-    auto* pSlider = m_pTest->Find<CSoundSlider>();
-    QVERIFY(m_pTest->Dlg().SoundDown());
-    QCOMPARE(pSlider->value(), 65535 - 6553);
-    QCOMPARE(m_pTest->Commands().last(), QStringLiteral("Dravo_SetVolume(2, 58982)"));
-    QVERIFY(m_pTest->Dlg().SoundUp());
-    QCOMPARE(pSlider->value(), 65535);
-}
-
-void CPlayTest::TheVolumeKeysStopAtTheEnds() {
-    m_pTest->Play();
-    auto* pSlider = m_pTest->Find<CSoundSlider>();
-    pSlider->setValue(60000);
-    m_pTest->Dlg().SoundUp();
-    QCOMPARE(pSlider->value(), 65535);
-    pSlider->setValue(5000);
-    m_pTest->Dlg().SoundDown();
-    QCOMPARE(pSlider->value(), 0);
-    QCOMPARE(m_pTest->Commands().last(), QStringLiteral("Dravo_SetVolume(2, 0)"));
-}
-
-void CPlayTest::AVolumeKeyUnmutes() {
-    m_pTest->Play();
-    m_pTest->Dlg().Sound();
-    m_pTest->Dlg().SoundDown();
-    QVERIFY(m_pTest->Dlg().GetSoundStatus());
-    QVERIFY(!m_pTest->Action(QStringLiteral("Mute"))->isChecked());
-}
-
-void CPlayTest::TheSoundSliderSetsTheVolume() {
-    m_pTest->Play();
-    m_pTest->Find<CSoundSlider>()->setValue(300);
-    QCOMPARE(m_pTest->Commands(), QStringList({"Dravo_PlaySound(2)", "Dravo_SetVolume(2, 300)"}));
-}
-
 void CPlayTest::ThePlaySliderSeeks() {
     QVERIFY(!m_pTest->Dlg().SetPlaySlider(100));
     m_pTest->Play();
@@ -454,186 +416,6 @@ void CPlayTest::SetSpeedClamps() {
     m_pTest->Dlg().SetSpeed(given);
     QCOMPARE(m_pTest->Dlg().GetSpeed(), kept);
     QVERIFY(m_pTest->Commands().isEmpty());
-}
-
-void CPlayTest::TheControlsFollowTheState() {
-    CTalvioDlg& dlg = m_pTest->Dlg();
-    const auto* pBar = m_pTest->Find<CControlsBarWidget>();
-    const auto shown = [&] {
-        return QStringLiteral("%1|%2|%3|%4|%5")
-            .arg(m_pTest->LeftText(), m_pTest->RightText())
-            .arg(pBar->m_pPlaySlider->maximum())
-            .arg(pBar->m_pPlayBtn->toolTip(), PaintsSkin(pBar->m_pPlayBtn, "pause") ? "pause" : "play");
-    };
-    QCOMPARE(shown(), QStringLiteral("Ready||0|Play|play"));
-    m_pTest->Play();
-    QCOMPARE(shown(), QStringLiteral("Playing||65535|Pause|pause"));
-    dlg.DrawStatus();
-    const QString strProgress = m_pTest->RightText();
-    QVERIFY(!strProgress.isEmpty());
-    dlg.PlayOrPause();
-    QCOMPARE(shown(), QStringLiteral("Pause|%1|65535|Play|play").arg(strProgress));
-    dlg.Stop();
-    QCOMPARE(shown(), QStringLiteral("Stop||0|Play|play"));
-    dlg.CloseFile();
-    QCOMPARE(shown(), QStringLiteral("Ready||0|Play|play"));
-    QCOMPARE(pBar->m_pPlaySlider->value(), 0);
-}
-
-// The bar tells its text by painting it: like a bar that was given the expected one.
-void CPlayTest::TheTitleBarShowsTheFileNameUnlessNothingIsOpen() {
-    auto* pTitle = m_pTest->Find<CPlayerTitle>();
-    const auto painted = [&](const QString& strText) {
-        pTitle->SetShowFilePath(strText);
-        return pTitle->grab().toImage();
-    };
-    // Each command finds a text that is not its own.
-    const auto after = [&](const std::function<void()>& command) {
-        pTitle->SetShowFilePath(QStringLiteral("other"));
-        command();
-        return pTitle->grab().toImage();
-    };
-    CTalvioDlg& dlg = m_pTest->Dlg();
-    QVERIFY(painted(QStringLiteral("a.mp4")) != painted(QString()));
-    QVERIFY(painted(QStringLiteral("a.mp4")) != painted(QStringLiteral("other")));
-    QImage shown = after([&] { m_pTest->Play(QStringLiteral("/rec/a.mp4")); });
-    QCOMPARE(shown, painted(QStringLiteral("a.mp4")));
-    // The same by the state alone, which the opening does not come before.
-    shown = after([&] { dlg.SetState(); });
-    QCOMPARE(shown, painted(QStringLiteral("a.mp4")));
-    shown = after([&] { dlg.PlayOrPause(); });
-    QCOMPARE(m_pTest->State(), 2);
-    QCOMPARE(shown, painted(QStringLiteral("a.mp4")));
-    shown = after([&] { dlg.Stop(); });
-    QCOMPARE(shown, painted(QStringLiteral("a.mp4")));
-    shown = after([&] { dlg.CloseFile(); });
-    QCOMPARE(shown, painted(QString()));
-}
-
-void CPlayTest::TheVideoSurfaceShowsLogoPictureOrBlankGroundByState() {
-    auto* pView = m_pTest->Find<CViewWidget>();
-    const auto painted = [&] { return pView->grab().toImage(); };
-    const auto logo = [&] {
-        pView->SetStatus(true, false, false);
-        return painted();
-    };
-    const auto blank = [&] {
-        pView->SetStatus(false, true, false);
-        return painted();
-    };
-    QVERIFY(logo() != blank());
-    const auto libraryDraws = [&] { return pView->paintEngine() == nullptr && !pView->updatesEnabled(); };
-
-    // Each command finds the surface in another status.
-    CTalvioDlg& dlg = m_pTest->Dlg();
-    m_pTest->Play();
-    QVERIFY(libraryDraws());
-    pView->SetStatus(true, false, false);
-    dlg.PlayOrPause();
-    QCOMPARE(m_pTest->State(), 2);
-    QVERIFY(libraryDraws());
-    dlg.Stop();
-    QVERIFY(!libraryDraws());
-    QImage shown = painted();
-    QCOMPARE(shown, blank());
-    dlg.CloseFile();
-    QVERIFY(!libraryDraws());
-    shown = painted();
-    QCOMPARE(shown, logo());
-}
-
-void CPlayTest::ClosedStateDisablesExactlyTheFileCommands() {
-    const QSet<QString> setFile = {"Play/Pause",  "Stop",        "File Information",
-                                   "Close File",  "Cappic",      "Continue Cappic",
-                                   "Full Screen", "Normal Size", "2 Times Size"};
-    const auto check = [&](bool bOpen) {
-        for (const QAction* pAction : m_pTest->Dlg().findChildren<QAction*>(Qt::FindDirectChildrenOnly)) {
-            if (pAction->menu() != nullptr) continue;
-            const bool bExpected = bOpen || !setFile.contains(pAction->text());
-            if (pAction->isEnabled() != bExpected) return pAction->text();
-        }
-        for (const QMenu* pMenu : m_pTest->Dlg().findChildren<QMenu*>()) {
-            const bool bFile = pMenu->title() == "Play Control" || pMenu->title() == "Tools";
-            if (pMenu->isEnabled() != (bOpen || !bFile)) return pMenu->title();
-        }
-        return QString();
-    };
-    QCOMPARE(check(false), QString());
-    for (const int nState : {1, 2, 3}) {
-        m_pTest->PlayInto(nState);
-        QCOMPARE(check(true), QString());
-    }
-    m_pTest->Dlg().CloseFile();
-    QCOMPARE(check(false), QString());
-}
-
-void CPlayTest::TheSpeedIsShown() {
-    m_pTest->Play();
-    m_pTest->Dlg().Fast();
-    QCOMPARE(m_pTest->LeftText(), QStringLiteral("Speed * 2"));
-    m_pTest->Dlg().Slow();
-    QCOMPARE(m_pTest->LeftText(), QStringLiteral("Playing"));
-    m_pTest->Dlg().Slow();
-    QCOMPARE(m_pTest->LeftText(), QStringLiteral("Speed / 2"));
-}
-
-void CPlayTest::ACaptureWritesOnePictureIntoItsFolder() {
-    const QString strFolder = m_pTest->File(QStringLiteral("图 片"));
-    QVERIFY(QDir().mkdir(strFolder));
-    m_pTest->Fake().SetPictureSize(4, 4);
-    m_pTest->Play();
-    m_pTest->Dlg().SetCapPath(strFolder);
-    QVERIFY(m_pTest->Dlg().CapPic());
-    QCOMPARE(m_pTest->FilesIn(strFolder, QStringLiteral("picture-*.bmp")).size(), 1);
-    QCOMPARE(m_pTest->FilesIn(strFolder, QStringLiteral("*")).size(), 1);
-}
-
-void CPlayTest::ACaptureTypeOtherThanZeroIsJpeg() {
-    m_pTest->Fake().SetPictureSize(4, 4);
-    m_pTest->Play();
-    m_pTest->Dlg().SetCapType(7);
-    QVERIFY(m_pTest->Dlg().CapPic());
-    QCOMPARE(m_pTest->FilesIn(QDir::currentPath(), QStringLiteral("picture-*.jpeg")).size(), 1);
-}
-
-void CPlayTest::AFailedCaptureIsReported() {
-    m_pTest->Fake().SetPictureSize(4, 4);
-    m_pTest->Play();
-    m_pTest->Dlg().SetCapPath(QStringLiteral("/nowhere/at/all"));
-    m_pTest->Dlg().ConCap();
-    QString strShown;
-    const CModalAnswer answer([&](QDialog* pDialog) {
-        const auto* pBox = qobject_cast<QMessageBox*>(pDialog);
-        if (pBox != nullptr) {
-            strShown = QStringLiteral("%1|%2|%3|%4")
-                           .arg(pBox->windowTitle(), pBox->text())
-                           .arg(int(pBox->icon()))
-                           .arg(int(pBox->standardButtons()));
-        }
-        pDialog->accept();
-    });
-    QVERIFY(!m_pTest->Dlg().CapPic());
-    QCOMPARE(strShown, QStringLiteral("Warning|Cappic Error !|%1|%2")
-                           .arg(int(QMessageBox::Warning))
-                           .arg(int(QMessageBox::Ok)));
-    QCOMPARE(answer.Count(), 1);
-}
-
-void CPlayTest::ACaptureIsRefusedWithNothingPlaying() {
-    QVERIFY(!m_pTest->Dlg().CapPic());
-    m_pTest->PlayInto(3);
-    QVERIFY(!m_pTest->Dlg().CapPic());
-    QCOMPARE(m_pTest->Fake().CountCalls("Dravo_GetBMP"), 0);
-}
-
-void CPlayTest::ACaptureEndsContinuousCapture() {
-    m_pTest->Fake().SetPictureSize(4, 4);
-    m_pTest->Play();
-    m_pTest->Dlg().ConCap();
-    QVERIFY(m_pTest->Dlg().CapPic());
-    m_pTest->Fake().TakeCalls();
-    m_pTest->Fake().FireDisplay(m_pTest->Fake().OpenPort());
-    QCOMPARE(m_pTest->Fake().CountCalls("Dravo_GetBMP"), 0);
 }
 
 QTEST_MAIN(CPlayTest)

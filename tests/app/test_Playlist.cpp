@@ -1,4 +1,4 @@
-// The playlist: adding, removing, moving, drops, the panel, and the path helpers.
+// The playlist: its entries, what clicks open, the panel, and the path helpers.
 #include "playlist/ListBox.h"
 #include "playlist/ListTitleBarWidget.h"
 #include "tests/app/DlgTest.h"
@@ -6,15 +6,7 @@
 #include "widgets/SkinButton.h"
 
 #include <QAction>
-#include <QApplication>
-#include <QDir>
-#include <QDragEnterEvent>
-#include <QDropEvent>
-#include <QElapsedTimer>
-#include <QFileDialog>
-#include <QLineEdit>
 #include <QMenu>
-#include <QMimeData>
 #include <QTest>
 
 class CPlaylistTest : public QObject {
@@ -32,33 +24,10 @@ class CPlaylistTest : public QObject {
     void ARemovedPathCanBeListedAgain();
     void TenThousandFilesCanBeAdded();
 
-    void TheChooserOffersItsFilterCaptionAndFolder();
-    void ThreeFilesOfWhichTheSecondPlays();
-    void AllRejectedFilesAreListedAndNothingOpens();
-    void ACancelledChooserChangesNothing();
-    void AddFileOpensNothing();
-    void AFirstAcceptedFileThatIsListedIsOpenedAgain();
-    void TheRowStaysFromTheSecondAcceptedFileOn();
-
-    void TheMainWindowTakesCopiesAndMoves_data();
-    void TheMainWindowTakesCopiesAndMoves();
-    void ACopiedDropOpensItsFirstPlayableFile();
-    void AMovedDropOpensNothing();
-    void ARejectedFileIsNotListedByADrop();
-    void ALinkDropIsIgnoredByTheWindow();
-    void ADropOfTextOrRemoteUrlsAddsNothing();
-    void ADropOfTheSameFileTwiceListsItOnce();
-
-    void RemovingDestroysTheSelectedEntries();
-    void DeletingThePlayingFilesEntryGoesOnPlaying();
-    void ClearingEmptiesTheList();
-    void MovingNeedsASelection();
-    void EntriesMoveByOneRow();
-    void TheFirstAndTheLastEntryStay();
-
     void ADoubleClickOpensTheEntry();
     void ADoubleClickOnARejectedFileDoesNothing();
     void TheMenuOpensAtAnEntryOnly();
+    void TheMenuHoldsTheMainMenusOwnPlayModes();
 
     void TheFileNameIsWhatFollowsTheLastSlash();
     void TheFolderIsThePathWithoutTheName();
@@ -71,48 +40,8 @@ class CPlaylistTest : public QObject {
 
   private:
     CListBox* List() { return m_pTest->Find<CListBox>(); }
-    // Answers the next file chooser with these names of the working directory.
-    std::unique_ptr<CModalAnswer> Choose(const QStringList& lstNames) {
-        return std::make_unique<CModalAnswer>([this, lstNames](QDialog* pDialog) {
-            auto* pChooser = qobject_cast<QFileDialog*>(pDialog);
-            if (pChooser == nullptr) return;
-            m_strChooser = QStringLiteral("%1|%2|%3|%4")
-                               .arg(pChooser->windowTitle(), pChooser->directory().path(),
-                                    pChooser->nameFilters().join(QStringLiteral(";;")))
-                               .arg(int(pChooser->fileMode()));
-            QStringList lstQuoted;
-            for (const QString& strName : lstNames)
-                lstQuoted.append('"' + strName + '"');
-            pChooser->findChild<QLineEdit*>()->setText(lstQuoted.join(' '));
-            if (lstNames.isEmpty()) {
-                pChooser->reject();
-            } else {
-                static_cast<QDialog*>(pChooser)->accept();
-            }
-        });
-    }
-    // Three files there; those named are refused by the library.
-    void MakeFiles(const QStringList& lstNames, const QStringList& lstRefused) {
-        for (const QString& strName : lstNames)
-            m_pTest->WriteFile(strName, "x");
-        for (const QString& strName : lstRefused)
-            m_pTest->Fake().RefuseFile(m_pTest->File(strName).toStdString());
-    }
-    bool Drop(const QStringList& lstUrls, Qt::DropAction action) {
-        QMimeData data;
-        QList<QUrl> lst;
-        for (const QString& strUrl : lstUrls)
-            lst.append(QUrl(strUrl));
-        data.setUrls(lst);
-        QDropEvent event(QPointF(300, 20), action, &data, Qt::LeftButton, Qt::NoModifier);
-        event.ignore();
-        // Sent by the toolkit, it would go to the target of a real drag.
-        static_cast<QObject&>(m_pTest->Dlg()).event(&event);
-        return event.isAccepted();
-    }
 
     std::unique_ptr<CDlgTest> m_pTest;
-    QString m_strChooser;
 };
 
 void CPlaylistTest::AnEntryCarriesNamePathAndToolTip() {
@@ -189,229 +118,11 @@ void CPlaylistTest::ARemovedPathCanBeListedAgain() {
 
 void CPlaylistTest::TenThousandFilesCanBeAdded() {
     m_pTest->Dlg().show();
-    QElapsedTimer timer;
-    timer.start();
     for (int n = 0; n < 10000; ++n)
         m_pTest->Dlg().AddFile2List(QStringLiteral("/rec/%1.mp4").arg(n), false);
     QCOMPARE(List()->count(), 10000);
     QCOMPARE(List()->currentRow(), 9999);
     QCOMPARE(List()->selectedItems().size(), 1);
-    qInfo("%lld ms for 10000 files", static_cast<long long>(timer.elapsed()));
-}
-
-void CPlaylistTest::TheChooserOffersItsFilterCaptionAndFolder() {
-    {
-        const auto answer = Choose({});
-        m_pTest->Dlg().AddFile();
-    }
-    QCOMPARE(m_strChooser, QStringLiteral("Open File|%1|ALL File (*.*);;Media File (*.mp4 *.264)|%2")
-                               .arg(QDir::currentPath())
-                               .arg(int(QFileDialog::ExistingFiles)));
-}
-
-void CPlaylistTest::ThreeFilesOfWhichTheSecondPlays() {
-    MakeFiles({"1.mp4", "2.mp4", "3.mp4"}, {"1.mp4", "3.mp4"});
-    {
-        const auto answer = Choose({"1.mp4", "2.mp4", "3.mp4"});
-        QVERIFY(m_pTest->Dlg().OpenFile());
-    }
-    QCOMPARE(m_pTest->Playlist(),
-             QStringList({m_pTest->File("1.mp4"), m_pTest->File("2.mp4"), m_pTest->File("3.mp4")}));
-    QCOMPARE(m_pTest->MarkedRows(), QList<int>({0, 2}));
-    QCOMPARE(m_pTest->State(), 1);
-    QCOMPARE(m_pTest->Dlg().GetCurFileName(), QStringLiteral("2.mp4"));
-    QCOMPARE(List()->currentRow(), 2);
-    {
-        const auto answer = Choose({});
-        m_pTest->Dlg().AddFile();
-    }
-    QVERIFY(m_strChooser.contains(QDir::currentPath()));
-}
-
-void CPlaylistTest::AllRejectedFilesAreListedAndNothingOpens() {
-    MakeFiles({"1.mp4", "2.mp4"}, {"1.mp4", "2.mp4"});
-    const auto answer = Choose({"1.mp4", "2.mp4"});
-    QVERIFY(m_pTest->Dlg().OpenFile()); // the timer exists
-    QCOMPARE(m_pTest->MarkedRows(), QList<int>({0, 1}));
-    QCOMPARE(m_pTest->State(), 0);
-    QString strPath;
-    QVERIFY(!m_pTest->Dlg().BrowseFile(&strPath));
-    QVERIFY(strPath.isNull());
-}
-
-void CPlaylistTest::ACancelledChooserChangesNothing() {
-    const auto answer = Choose({});
-    QVERIFY(!m_pTest->Dlg().AddFile());
-    QVERIFY(m_pTest->Dlg().OpenFile());
-    QVERIFY(m_pTest->Playlist().isEmpty());
-    QVERIFY(m_pTest->Fake().Calls().empty());
-}
-
-void CPlaylistTest::AddFileOpensNothing() {
-    m_pTest->Play();
-    MakeFiles({"1.mp4", "2.mp4"}, {});
-    const auto answer = Choose({"1.mp4", "2.mp4"});
-    QVERIFY(m_pTest->Dlg().AddFile());
-    // What is current is named at once; what plays goes on.
-    QCOMPARE(m_pTest->Dlg().GetCurFileName(), QStringLiteral("1.mp4"));
-    QCOMPARE(m_pTest->Fake().CountCalls("Dravo_Play"), 0);
-    QCOMPARE(m_pTest->Fake().CountCalls("Dravo_Stop("), 0);
-    QCOMPARE(m_pTest->State(), 1);
-}
-
-void CPlaylistTest::AFirstAcceptedFileThatIsListedIsOpenedAgain() {
-    MakeFiles({"1.mp4"}, {});
-    m_pTest->Dlg().AddFile2List(m_pTest->File("1.mp4"), false);
-    const auto answer = Choose({"1.mp4"});
-    QVERIFY(m_pTest->Dlg().OpenFile());
-    QCOMPARE(List()->count(), 1);
-    QCOMPARE(m_pTest->State(), 1);
-}
-
-void CPlaylistTest::TheRowStaysFromTheSecondAcceptedFileOn() {
-    MakeFiles({"1.mp4", "2.mp4", "3.mp4", "4.mp4"}, {"2.mp4"});
-    const auto answer = Choose({"1.mp4", "2.mp4", "3.mp4", "4.mp4"});
-    QVERIFY(m_pTest->Dlg().AddFile());
-    QCOMPARE(List()->currentRow(), 1);
-    QCOMPARE(List()->count(), 4);
-    // Drops go by the last batch too.
-    Drop({"file:///rec/d.mp4"}, Qt::MoveAction);
-    QCOMPARE(List()->currentRow(), 1);
-}
-
-void CPlaylistTest::TheMainWindowTakesCopiesAndMoves_data() {
-    QTest::addColumn<int>("action");
-    QTest::addColumn<bool>("urls");
-    QTest::addColumn<bool>("taken");
-    QTest::newRow("copy") << int(Qt::CopyAction) << true << true;
-    QTest::newRow("move") << int(Qt::MoveAction) << true << true;
-    QTest::newRow("link") << int(Qt::LinkAction) << true << false;
-    QTest::newRow("text") << int(Qt::CopyAction) << false << false;
-}
-
-void CPlaylistTest::TheMainWindowTakesCopiesAndMoves() {
-    QFETCH(int, action);
-    QFETCH(bool, urls);
-    QFETCH(bool, taken);
-    QMimeData data;
-    if (urls) {
-        data.setUrls({QUrl("file:///a.mp4")});
-    } else {
-        data.setText("a");
-    }
-    QDragEnterEvent enter(QPoint(300, 20), Qt::DropAction(action), &data, Qt::LeftButton, Qt::NoModifier);
-    enter.ignore();
-    QCoreApplication::sendEvent(&m_pTest->Dlg(), &enter);
-    QCOMPARE(enter.isAccepted(), taken);
-    QDragMoveEvent move(QPoint(301, 20), Qt::DropAction(action), &data, Qt::LeftButton, Qt::NoModifier);
-    move.ignore();
-    // Sent by the toolkit, it would go to the target of a real drag.
-    static_cast<QObject&>(m_pTest->Dlg()).event(&move);
-    QCOMPARE(move.isAccepted(), taken);
-}
-
-void CPlaylistTest::ACopiedDropOpensItsFirstPlayableFile() {
-    m_pTest->Fake().RefuseFile("/rec/1.mp4");
-    QVERIFY(Drop({"file:///rec/1.mp4", "file:///rec/2.mp4", "file:///rec/3.mp4"}, Qt::CopyAction));
-    QCOMPARE(m_pTest->Playlist(), QStringList({"/rec/2.mp4", "/rec/3.mp4"}));
-    QCOMPARE(m_pTest->State(), 1);
-    QCOMPARE(m_pTest->Dlg().GetCurFileName(), QStringLiteral("2.mp4"));
-    QCOMPARE(List()->currentRow(), 1);
-}
-
-void CPlaylistTest::AMovedDropOpensNothing() {
-    QVERIFY(Drop({"file:///rec/1.mp4", "file:///rec/2.mp4"}, Qt::MoveAction));
-    QCOMPARE(m_pTest->Playlist(), QStringList({"/rec/1.mp4", "/rec/2.mp4"}));
-    QCOMPARE(m_pTest->State(), 0);
-}
-
-void CPlaylistTest::ARejectedFileIsNotListedByADrop() {
-    m_pTest->Fake().SetResult("Dravo_OpenFile", 0);
-    Drop({"file:///rec/1.mp4"}, Qt::CopyAction);
-    Drop({"file:///rec/1.mp4"}, Qt::MoveAction);
-    QVERIFY(m_pTest->Playlist().isEmpty());
-    QCOMPARE(m_pTest->State(), 0);
-}
-
-void CPlaylistTest::ALinkDropIsIgnoredByTheWindow() {
-    QVERIFY(!Drop({"file:///rec/1.mp4"}, Qt::LinkAction));
-    QVERIFY(m_pTest->Playlist().isEmpty());
-}
-
-void CPlaylistTest::ADropOfTextOrRemoteUrlsAddsNothing() {
-    Drop({"http://example.com/1.mp4"}, Qt::CopyAction);
-    QVERIFY(m_pTest->Playlist().isEmpty());
-    QMimeData data;
-    data.setText(QStringLiteral("file:///rec/1.mp4"));
-    QDropEvent event(QPointF(300, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    static_cast<QObject&>(m_pTest->Dlg()).event(&event);
-    QVERIFY(!event.isAccepted());
-    QVERIFY(m_pTest->Playlist().isEmpty());
-    QVERIFY(m_pTest->Fake().Calls().empty());
-}
-
-void CPlaylistTest::ADropOfTheSameFileTwiceListsItOnce() {
-    Drop({"file:///rec/1.mp4", "file:///rec/1.mp4"}, Qt::CopyAction);
-    QCOMPARE(m_pTest->Playlist(), QStringList({"/rec/1.mp4"}));
-}
-
-void CPlaylistTest::RemovingDestroysTheSelectedEntries() {
-    CTalvioDlg& dlg = m_pTest->Dlg();
-    for (const char* pPath : {"/a", "/b", "/c"})
-        dlg.AddFile2List(QString::fromLatin1(pPath), false);
-    List()->clearSelection();
-    QVERIFY(dlg.DeleteFile());
-    QCOMPARE(List()->count(), 3);
-    List()->item(0)->setSelected(true);
-    List()->item(2)->setSelected(true);
-    QVERIFY(dlg.DeleteFile());
-    QCOMPARE(m_pTest->Playlist(), QStringList({"/b"}));
-}
-
-void CPlaylistTest::DeletingThePlayingFilesEntryGoesOnPlaying() {
-    m_pTest->Dlg().AddFile2List(QStringLiteral("/rec/a.mp4"), false);
-    m_pTest->Play();
-    m_pTest->Dlg().DeleteFile();
-    QVERIFY(m_pTest->Playlist().isEmpty());
-    QCOMPARE(m_pTest->State(), 1);
-    QCOMPARE(m_pTest->Dlg().GetCurFileName(), QStringLiteral("a.mp4"));
-    QVERIFY(m_pTest->Commands().isEmpty());
-}
-
-void CPlaylistTest::ClearingEmptiesTheList() {
-    m_pTest->Dlg().AddFile2List(QStringLiteral("/a"), false);
-    QVERIFY(m_pTest->Dlg().ClearFile());
-    QVERIFY(m_pTest->Playlist().isEmpty());
-    QVERIFY(m_pTest->Dlg().ClearFile());
-}
-
-void CPlaylistTest::MovingNeedsASelection() {
-    m_pTest->Dlg().AddFile2List(QStringLiteral("/a"), false);
-    List()->clearSelection();
-    QVERIFY(!m_pTest->Dlg().RaiseFile());
-    QVERIFY(!m_pTest->Dlg().DownFile());
-}
-
-void CPlaylistTest::EntriesMoveByOneRow() {
-    for (const char* pPath : {"/a", "/b", "/c"})
-        m_pTest->Dlg().AddFile2List(QString::fromLatin1(pPath), false);
-    List()->setCurrentRow(1);
-    m_pTest->Action(QStringLiteral("Raise File"))->trigger();
-    QCOMPARE(m_pTest->Playlist(), QStringList({"/b", "/a", "/c"}));
-    List()->clearSelection();
-    List()->item(1)->setSelected(true);
-    m_pTest->Action(QStringLiteral("Down File"))->trigger();
-    QCOMPARE(m_pTest->Playlist(), QStringList({"/b", "/c", "/a"}));
-}
-
-void CPlaylistTest::TheFirstAndTheLastEntryStay() {
-    for (const char* pPath : {"/a", "/b"})
-        m_pTest->Dlg().AddFile2List(QString::fromLatin1(pPath), false);
-    List()->setCurrentRow(0);
-    QVERIFY(m_pTest->Dlg().RaiseFile());
-    List()->setCurrentRow(1);
-    QVERIFY(m_pTest->Dlg().DownFile());
-    QCOMPARE(m_pTest->Playlist(), QStringList({"/a", "/b"}));
 }
 
 void CPlaylistTest::ADoubleClickOpensTheEntry() {
@@ -436,6 +147,7 @@ void CPlaylistTest::ADoubleClickOnARejectedFileDoesNothing() {
 }
 
 void CPlaylistTest::TheMenuOpensAtAnEntryOnly() {
+    m_pTest->Dlg().move(0, 0); // with room for the menu beside it
     m_pTest->Dlg().show();
     m_pTest->Dlg().AddFile2List(QStringLiteral("/rec/a.mp4"), false);
     QMenu* pMenu = m_pTest->Menus().at(2);
@@ -444,8 +156,27 @@ void CPlaylistTest::TheMenuOpensAtAnEntryOnly() {
     const QPoint pos = List()->visualItemRect(List()->item(0)).center();
     QTest::mouseClick(List()->viewport(), Qt::RightButton, Qt::NoModifier, pos);
     QVERIFY(pMenu->isVisible());
+    QCOMPARE(pMenu->pos(), List()->mapToGlobal(pos));
     pMenu->close();
     QVERIFY(!m_pTest->Dlg().ShowListItemMenu(QPoint(), nullptr));
+    QVERIFY(!pMenu->isVisible());
+}
+
+void CPlaylistTest::TheMenuHoldsTheMainMenusOwnPlayModes() {
+    const auto modes = [](const QMenu* pMenu) {
+        QMenu* pModes = nullptr;
+        for (const QAction* pAction : pMenu->actions()) {
+            if (pAction->text() == "Play Mode") pModes = pAction->menu();
+        }
+        return pModes;
+    };
+    QMenu* pMainModes = nullptr;
+    for (const QAction* pAction : m_pTest->Menus().at(1)->actions()) {
+        if (pAction->text() == "Play") pMainModes = modes(pAction->menu());
+    }
+    QVERIFY(pMainModes != nullptr);
+    QCOMPARE(modes(m_pTest->Menus().at(2)), pMainModes);
+    QVERIFY(modes(m_pTest->Menus().at(0)) != pMainModes); // the video's menu has one of its own
 }
 
 void CPlaylistTest::TheFileNameIsWhatFollowsTheLastSlash() {
@@ -508,12 +239,12 @@ void CPlaylistTest::ThePlaylistButtonTogglesThePanel() {
     QVERIFY(!List()->isVisible());
     QVERIFY(!m_pTest->Find<CListTitleBar>()->isVisible());
     QVERIFY(!m_pTest->Find<CListTitleBar>()->parentWidget()->isVisible());
-    QVERIFY(PaintsSkin(pButton, QStringLiteral("openplaylist-sel")));
+    QCOMPARE(WrongStates(pButton, "openplaylist-sel", "openplaylist-sel", "openplaylist"), QString());
     QCOMPARE(m_pTest->Commands(), QStringList({"Dravo_RefreshPlay(2)"}));
     QCOMPARE(dlg.size(), sizePlaying);
     pButton->click();
     QVERIFY(List()->isVisible());
-    QVERIFY(PaintsSkin(pButton, QStringLiteral("openplaylist")));
+    QCOMPARE(WrongStates(pButton, "openplaylist"), QString());
     QCOMPARE(m_pTest->Commands(), QStringList({"Dravo_RefreshPlay(2)"}));
 }
 
@@ -525,12 +256,12 @@ void CPlaylistTest::TheCloseButtonHidesThePanelAndTheToggleBringsItBack() {
     m_pTest->Find<CListTitleBar>()->m_pCloseBtn->click();
     QVERIFY(!List()->isVisible());
     QVERIFY(!List()->isHidden());
-    QVERIFY(PaintsSkin(pButton, QStringLiteral("openplaylist-sel")));
+    QCOMPARE(WrongStates(pButton, "openplaylist-sel", "openplaylist-sel", "openplaylist"), QString());
     QCOMPARE(m_pTest->Commands(), QStringList({"Dravo_RefreshPlay(2)"}));
     QVERIFY(dlg.IsViewPlaylist());
     QVERIFY(List()->isVisible());
     QVERIFY(m_pTest->Find<CListTitleBar>()->isVisible());
-    QVERIFY(PaintsSkin(pButton, QStringLiteral("openplaylist")));
+    QCOMPARE(WrongStates(pButton, "openplaylist"), QString());
 }
 
 void CPlaylistTest::ToggleWithAVisibleListOnlyRefreshes() {
@@ -548,12 +279,5 @@ void CPlaylistTest::ToggleWithAVisibleListOnlyRefreshes() {
     QCOMPARE(m_pTest->Commands(), QStringList({"Dravo_RefreshPlay(2)"}));
 }
 
-int main(int nArgs, char** ppArgs) {
-    // The toolkit's own chooser, as in the program.
-    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    const QApplication app(nArgs, ppArgs);
-    CPlaylistTest test;
-    return QTest::qExec(&test, nArgs, ppArgs);
-}
-
+QTEST_MAIN(CPlaylistTest)
 #include "test_Playlist.moc"

@@ -2,6 +2,7 @@
 // correction.
 #include "dravo/Deflash.h"
 #include "dravo/DuePicture.h"
+#include "dravo/NeighbourSearch.h"
 #include "dravo/PlayClock.h"
 #include "dravo/SpeedLadder.h"
 
@@ -13,14 +14,18 @@ using namespace std::chrono_literals;
 using dravo::Deflash;
 using dravo::DuePicture;
 using dravo::EffortGovernor;
+using dravo::NeighbourSearch;
 using dravo::Pick;
 using dravo::PlayClock;
 using dravo::SpeedLadder;
 using dravo::WallTime;
+using ordune::Direction;
 using ordune::Effort;
+using ordune::FrameNumber;
 using ordune::MediaTime;
 
 const WallTime kStart{1000s};
+constexpr auto kOften = EffortGovernor::kKeysOften;
 
 SpeedLadder LadderAt(int level) {
     SpeedLadder ladder;
@@ -128,9 +133,23 @@ TEST(DuePicture, ShowsEveryPictureInTurnWhileItIsOnlyALittleLate) {
 }
 
 TEST(DuePicture, SpacesPicturesOutOnlyWhereThereAreMoreThanAScreenShows) {
-    EXPECT_EQ(DuePicture::NotBefore(kStart, kStart + 10ms, 10ms), kStart + 10ms);
-    EXPECT_EQ(DuePicture::NotBefore(kStart, kStart + 2500us, 2500us), kStart + DuePicture::kFastInterval);
-    EXPECT_EQ(DuePicture::NotBefore(kStart, kStart + 1s, 2500us), kStart + 1s);
+    EXPECT_EQ(DuePicture::NotBefore(kStart, kStart + 10ms, 10ms, kStart), kStart + 10ms);
+    EXPECT_EQ(DuePicture::NotBefore(kStart, kStart + 2500us, 2500us, kStart),
+              kStart + DuePicture::kFastInterval);
+    EXPECT_EQ(DuePicture::NotBefore(kStart, kStart + 1s, 2500us, kStart), kStart + 1s);
+}
+
+TEST(DuePicture, SaysHowFarApartThePicturesAreThatAreShown) {
+    EXPECT_EQ(DuePicture::Stride(40ms), 0U);
+    EXPECT_EQ(DuePicture::Stride(8ms), 0U) << "every one is shown";
+    EXPECT_EQ(DuePicture::Stride(2500us), 14U) << "33 ms, rounded up to whole pictures";
+    EXPECT_EQ(DuePicture::Stride(0ms), 33'000'000U);
+}
+
+TEST(DuePicture, DrawsNoMoreThanAScreenShowsWhileItIsLate) {
+    const WallTime now = kStart + 100ms;
+    EXPECT_EQ(DuePicture::NotBefore(now - 5ms, now - 40ms, 10ms, now), now - 40ms);
+    EXPECT_EQ(DuePicture::NotBefore(now - 5ms, now - 41ms, 10ms, now), now - 5ms + DuePicture::kFastInterval);
 }
 
 TEST(EffortGovernor, BeginsWithWhatTheSpeedCanShow) {
@@ -144,30 +163,124 @@ TEST(EffortGovernor, BeginsWithWhatTheSpeedCanShow) {
 TEST(EffortGovernor, GivesUpPicturesOnlyAfterBeingLateForAWhile) {
     EffortGovernor governor;
     governor.Reset(40ms);
-    governor.Shown(100ms, kStart);
-    governor.Shown(100ms, kStart + 200ms);
+    governor.Shown(100ms, kOften, kStart);
+    governor.Shown(100ms, kOften, kStart + 200ms);
     EXPECT_EQ(governor.Current(), Effort::Every);
-    governor.Shown(0ms, kStart + 240ms);
-    governor.Shown(100ms, kStart + 280ms);
+    governor.Shown(0ms, kOften, kStart + 240ms);
+    governor.Shown(100ms, kOften, kStart + 280ms);
     EXPECT_EQ(governor.Current(), Effort::Every) << "a picture on time in between starts the count anew";
-    governor.Shown(100ms, kStart + 530ms);
+    governor.Shown(100ms, kOften, kStart + 530ms);
     EXPECT_EQ(governor.Current(), Effort::Referenced);
-    governor.Shown(100ms, kStart + 600ms);
-    governor.Shown(100ms, kStart + 850ms);
+    governor.Shown(100ms, kOften, kStart + 600ms);
+    governor.Shown(100ms, kOften, kStart + 850ms);
     EXPECT_EQ(governor.Current(), Effort::KeysOnly);
+}
+
+TEST(EffortGovernor, DecodesGroupsAsFarAsTimeReachesWhereKeyPicturesAreFarApart) {
+    EffortGovernor governor;
+    governor.Reset(2500us);
+    for (auto when = kStart; when < kStart + 2s; when += 33ms)
+        governor.Shown(400ms, 625ms, when);
+    EXPECT_EQ(governor.Current(), Effort::Referenced);
+    governor.Shown(400ms, kOften, kStart + 2s);
+    EXPECT_EQ(governor.Current(), Effort::KeysOnly);
+    governor.Shown(400ms, 625ms, kStart + 3s);
+    governor.Shown(400ms, 625ms, kStart + 4s);
+    EXPECT_EQ(governor.Current(), Effort::Referenced) << "a part of the film with few key pictures";
 }
 
 TEST(EffortGovernor, TriesForMoreAgainAndWaitsLongerAfterAFailure) {
     EffortGovernor governor;
     governor.Reset(40ms);
-    governor.Shown(100ms, kStart);
-    governor.Shown(100ms, kStart + 250ms);
+    governor.Shown(100ms, kOften, kStart);
+    governor.Shown(100ms, kOften, kStart + 250ms);
     ASSERT_EQ(governor.Current(), Effort::Referenced);
-    governor.Shown(0ms, kStart + 300ms);
-    governor.Shown(0ms, kStart + 1300ms);
+    governor.Shown(0ms, kOften, kStart + 300ms);
+    governor.Shown(0ms, kOften, kStart + 1300ms);
     EXPECT_EQ(governor.Current(), Effort::Referenced) << "one failure has doubled the wait";
-    governor.Shown(0ms, kStart + 2300ms);
+    governor.Shown(0ms, kOften, kStart + 2300ms);
     EXPECT_EQ(governor.Current(), Effort::Every);
+}
+
+TEST(NeighbourSearch, GoesOnFrameByFrameAndThenTurnsWhereItMay) {
+    NeighbourSearch search;
+    search.Begin(97, Direction::Forward, true);
+    EXPECT_EQ(search.Lost(100), 98U);
+    EXPECT_EQ(search.Lost(100), 99U);
+    EXPECT_EQ(search.Way(), Direction::Forward);
+    EXPECT_EQ(search.Lost(100), 96U) << "on the other side of where it began";
+    EXPECT_EQ(search.Way(), Direction::Backward);
+    EXPECT_EQ(search.Lost(100), 95U);
+    EXPECT_EQ(search.Found(), 95U);
+    search.Begin(97, Direction::Forward, false);
+    EXPECT_EQ(search.Lost(100), 98U);
+    EXPECT_EQ(search.Lost(100), 99U);
+    EXPECT_EQ(search.Lost(100), ordune::kNoFrame) << "a step does not turn";
+    search.Begin(1, Direction::Backward, false);
+    EXPECT_EQ(search.Lost(100), 0U);
+    EXPECT_EQ(search.Lost(100), ordune::kNoFrame);
+    search.Begin(50, Direction::Forward, true);
+    EXPECT_EQ(search.Found(), 50U) << "nothing was lost";
+}
+
+// Where a search ends in a film of so many frames of which [first, last] are lost, and after how many tries.
+struct Ending {
+    FrameNumber frame = ordune::kNoFrame;
+    int tries = 0;
+};
+Ending SearchIn(FrameNumber total, FrameNumber first, FrameNumber last, FrameNumber from, Direction direction,
+                bool both_ways) {
+    NeighbourSearch search;
+    search.Begin(from, direction, both_ways);
+    Ending ending{from, 1};
+    while (ending.frame != ordune::kNoFrame) {
+        const bool lost = ending.frame >= first && ending.frame <= last;
+        const FrameNumber next = lost ? search.Lost(total) : search.Found();
+        if (next == ending.frame) break;
+        EXPECT_TRUE(next < total || next == ordune::kNoFrame);
+        ending.frame = next;
+        if (++ending.tries > 10'000) break;
+    }
+    return ending;
+}
+
+TEST(NeighbourSearch, EndsAtTheEdgeOfWhatIsLostHoweverMuchThatIs) {
+    for (const FrameNumber lost : {1U, 63U, 64U, 65U, 129U, 300U, 4000U, 700'000U}) {
+        constexpr FrameNumber kFirst = 1000;
+        const FrameNumber last = kFirst + lost - 1;
+        const FrameNumber total = last + 500;
+        const auto end = [&](FrameNumber from, Direction direction, bool both_ways) {
+            const Ending ending = SearchIn(total, kFirst, last, from, direction, both_ways);
+            EXPECT_LE(ending.tries, 230);
+            return ending.frame;
+        };
+        EXPECT_EQ(end(kFirst, Direction::Forward, false), last + 1) << lost;
+        EXPECT_EQ(end(last, Direction::Backward, false), kFirst - 1) << lost;
+        EXPECT_EQ(end(kFirst + lost / 2, Direction::Forward, true), last + 1) << lost;
+        EXPECT_EQ(end(kFirst + lost / 2, Direction::Backward, true), kFirst - 1) << lost;
+    }
+    const auto end = [](FrameNumber first, FrameNumber last, FrameNumber from) {
+        return SearchIn(720'000, first, last, from, Direction::Forward, true).frame;
+    };
+    EXPECT_EQ(end(360'000, 719'999, 700'000), 359'999U) << "the second half of the film is missing";
+    EXPECT_EQ(end(0, 719'998, 5), 719'999U) << "all but the last";
+    EXPECT_EQ(end(1, 719'999, 700'000), 0U) << "all but the first";
+    EXPECT_EQ(end(0, 719'999, 700'000), ordune::kNoFrame);
+}
+
+TEST(NeighbourSearch, SettlesForWhatItHasWhenItsTimeIsOver) {
+    NeighbourSearch search;
+    search.Begin(100, Direction::Forward, true);
+    FrameNumber tried = 0;
+    while (tried < 300)
+        tried = search.Lost(1000);
+    EXPECT_NE(search.Found(), tried) << "there may be a nearer one";
+    EXPECT_EQ(search.Settle(), tried);
+    EXPECT_EQ(search.Found(), tried);
+    EXPECT_EQ(search.Lost(1000), ordune::kNoFrame) << "it came out once and does no more";
+    search.Begin(100, Direction::Forward, true);
+    (void)search.Lost(1000);
+    EXPECT_EQ(search.Settle(), ordune::kNoFrame);
 }
 
 TEST(Deflash, TakesASmallJumpAtAKeyPictureBackAndGivesItOutSlowly) {

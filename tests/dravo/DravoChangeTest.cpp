@@ -1,5 +1,6 @@
 // What a file may do to a port: change its size, be one picture long, be cut off, run at uneven times, end.
 #include "tests/dravo/PortFixture.h"
+#include "tests/dravo/TwoEntriesClip.h"
 
 #include <atomic>
 #include <cstring>
@@ -56,15 +57,36 @@ std::string CutOff(const std::string& path, double part) {
 
 // ---- Size changes
 
-const std::string& GrowingFilm() {
+const std::string& GrowingRawFilm() {
     return Clip("growing.264", {.frames = 60,
                                 .keyInterval = 15,
                                 .container = ClipContainer::RawStream,
                                 .sizeChanges = {{.frame = 30, .width = 480, .height = 270}}});
 }
 
-TEST(SizeChange, IsToldOnceWhilePlayingAndTheSizeIsTheNewOne) {
+// The same as an MP4 file with a sample entry for each size.
+const std::string& GrowingMp4Film() {
+    static support::TemporaryFolder folder;
+    static std::string path;
+    if (path.empty()) {
+        path = folder / "growing.mp4";
+        JoinAsTwoEntries(
+            Clip("small.mp4", {.frames = 30, .keyInterval = 15}),
+            Clip("large.mp4",
+                 {.width = 480, .height = 270, .frames = 30, .firstNumber = 30, .keyInterval = 15}),
+            path);
+    }
+    return path;
+}
+
+class SizeChange : public testing::TestWithParam<bool> {
+  protected:
+    static const std::string& GrowingFilm() { return GetParam() ? GrowingRawFilm() : GrowingMp4Film(); }
+};
+
+TEST_P(SizeChange, IsToldOnceWhilePlayingAndTheSizeIsTheNewOne) {
     const OpenPort port(GrowingFilm());
+    ASSERT_TRUE(port.Open());
     std::atomic<int> changes{0};
     std::atomic<int> ends{0};
     std::atomic<bool> told_new_size{false};
@@ -95,7 +117,27 @@ TEST(SizeChange, IsToldOnceWhilePlayingAndTheSizeIsTheNewOne) {
     }
 }
 
-TEST(SizeChange, IsToldForJumpsAndStepsAcrossItBothWays) {
+TEST_P(SizeChange, LeavesEveryPictureExactByEveryPath) {
+    const OpenPort port(GrowingFilm());
+    ASSERT_EQ(Dravo_GetFileTotalFrames(port), 60U);
+    port.PlayPaused();
+    for (const int frame : {45, 3, 59, 30, 29, 31, 0, 44, 14, 58}) {
+        ASSERT_TRUE(Dravo_SetCurrentFrameNum(port, static_cast<unsigned long>(frame)));
+        ASSERT_TRUE(port.WaitForPicture(frame)) << "the size that is asked for is that of the picture shown";
+        EXPECT_EQ(port.StillNumber(), frame);
+        EXPECT_EQ(StillSize(port).width, frame < 30 ? 320 : 480) << frame;
+    }
+    for (int frame = 57; frame >= 0; --frame) {
+        ASSERT_TRUE(Dravo_OneByOneBack(port));
+        ASSERT_EQ(port.StillNumber(), frame);
+    }
+    for (int frame = 1; frame < 60; ++frame) {
+        ASSERT_TRUE(Dravo_OneByOne(port));
+        ASSERT_EQ(port.StillNumber(), frame);
+    }
+}
+
+TEST_P(SizeChange, IsToldForJumpsAndStepsAcrossItBothWays) {
     const OpenPort port(GrowingFilm());
     std::atomic<int> changes{0};
     ASSERT_TRUE(Dravo_SetEncTypeChangeCallBack(port, CountChange, AsUser(changes)));
@@ -113,6 +155,66 @@ TEST(SizeChange, IsToldForJumpsAndStepsAcrossItBothWays) {
     ASSERT_TRUE(Dravo_OneByOneBack(port));
     ASSERT_TRUE(port.WaitForPicture(28));
     EXPECT_EQ(changes, 2) << "no change between these two";
+}
+
+INSTANTIATE_TEST_SUITE_P(Containers, SizeChange, testing::Bool(),
+                         [](const auto& tested) { return tested.param ? "Raw" : "Mp4WithTwoEntries"; });
+
+// ---- An index that takes long
+
+// Many small pictures: what a scan costs is the pictures, not the bytes.
+constexpr unsigned long kLoop = 250;
+constexpr unsigned long kLoops = 6000;
+
+const std::string& VeryLongRawFilm() {
+    static support::TemporaryFolder folder;
+    static std::string path;
+    if (path.empty()) {
+        path = folder / "hours.264";
+        const std::string& loop = Clip("loop.264", {.width = 96,
+                                                    .height = 64,
+                                                    .frames = static_cast<int>(kLoop),
+                                                    .keyInterval = 50,
+                                                    .codecOptions = {{"crf", "40"}},
+                                                    .container = ClipContainer::RawStream});
+        std::ifstream in(loop, std::ios::binary);
+        const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+        std::ofstream out(path, std::ios::binary);
+        for (unsigned long time = 0; time < kLoops; ++time)
+            out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    }
+    return path;
+}
+
+TEST(LongIndex, TheFilmPlaysAtOnceAndItsLengthIsExactWhenTheCallbackSaysSo) {
+    int port = 0;
+    ASSERT_TRUE(Dravo_GetPort(&port));
+    DisplayRecord::Of(port).Clear();
+    std::atomic<int> told{0};
+    Dravo_SetDisplayCallBack(port, DisplayRecord::Callback);
+    Dravo_SetFileRefCallBack(
+        port, [](unsigned int, std::uintptr_t user) { ++*reinterpret_cast<std::atomic<int>*>(user); },
+        reinterpret_cast<std::uintptr_t>(&told));
+    ASSERT_TRUE(Dravo_OpenFile(port, VeryLongRawFilm().c_str()));
+    const unsigned long at_opening = Dravo_GetFileTotalFrames(port);
+    EXPECT_GT(at_opening, 0U);
+    ASSERT_TRUE(Dravo_Play(port, 0));
+    EXPECT_TRUE(support::WaitUntil([&] { return DisplayRecord::Of(port).Count() > 3; }, 10s));
+    ASSERT_TRUE(support::WaitUntil([&] { return told > 0; }, 60s));
+    EXPECT_EQ(Dravo_GetFileTotalFrames(port), kLoop * kLoops);
+    EXPECT_EQ(Dravo_GetFileTime(port), kLoop * kLoops / 25);
+    // Far into it, and at its very end.
+    ASSERT_TRUE(Dravo_Pause(port, 1));
+    for (const unsigned long frame : {kLoop * kLoops - 1, kLoop * (kLoops / 2) + 77}) {
+        ASSERT_TRUE(Dravo_SetCurrentFrameNum(port, frame));
+        EXPECT_TRUE(support::WaitUntil(
+            [&] { return DisplayRecord::Of(port).Last() == static_cast<int>(frame % kLoop); }, 10s))
+            << frame;
+        EXPECT_EQ(Dravo_GetCurrentFrameNum(port), frame);
+    }
+    EXPECT_EQ(told, 1);
+    std::printf("total at opening: %lu of %lu\n", at_opening, kLoop * kLoops);
+    EXPECT_TRUE(Dravo_FreePort(port));
 }
 
 // ---- Callbacks
@@ -300,8 +402,25 @@ TEST(CutOffFiles, AFragmentedFilePlaysWhatIsThere) {
     ExpectPlaysWhatIsThere(CutOff(film, 0.6), 40);
 }
 
-TEST(CutOffFiles, AFileWithoutItsDirectoryIsRefusedAndThePortStaysUsable) {
+TEST(CutOffFiles, AFileWithoutItsDirectoryPlaysToTheCut) {
+    const OpenPort whole(Film());
     const OpenPort port(CutOff(Film(), 0.6));
+    ASSERT_TRUE(port.Open());
+    const unsigned long frames = Dravo_GetFileTotalFrames(port);
+    EXPECT_GT(frames, 0U);
+    EXPECT_LT(frames, Dravo_GetFileTotalFrames(whole));
+    ASSERT_TRUE(Dravo_Play(port, 0));
+    ASSERT_TRUE(Dravo_Pause(port, 1));
+    // The last ones may follow pictures that were to be decoded after them, and are lost.
+    const unsigned long sure = frames - 8;
+    ASSERT_TRUE(Dravo_SetCurrentFrameNum(port, sure));
+    EXPECT_EQ(port.StillNumber(), static_cast<int>(sure));
+    ASSERT_TRUE(Dravo_SetCurrentFrameNum(port, frames - 1));
+    EXPECT_GE(port.StillNumber(), static_cast<int>(frames - 1));
+}
+
+TEST(CutOffFiles, AFileCutBeforeItsFirstPictureIsRefusedAndThePortStaysUsable) {
+    const OpenPort port(CutOff(Film(), 0.001));
     EXPECT_FALSE(port.Open());
     EXPECT_FALSE(Dravo_Play(port, 0));
     EXPECT_TRUE(Dravo_OpenFile(port, Film().c_str()));

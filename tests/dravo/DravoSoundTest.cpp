@@ -40,6 +40,7 @@ class SoundTest : public testing::Test {
         const std::size_t later = m_recorder->Heard().size() + SoundRecorder::kSampleRate;
         return support::WaitUntil([&] { return m_recorder->Heard().size() > later; }, kLimit) && Hears();
     }
+    double DominantHertz() const { return m_recorder->StrongestHertz(kAudible / 2, 500ms); }
     // Silence for longer than anything still on its way through the server.
     bool HearsNothing() const { return m_recorder->WaitForSilence(kSilent, 700ms, kLimit); }
 
@@ -102,6 +103,23 @@ TEST_F(SoundTest, IsHeardFromHalfToFourTimesSpeedAndSilentBeyond) {
     ASSERT_TRUE(Dravo_Fast(port));
     EXPECT_TRUE(m_recorder->WaitForSilence(kSilent, 700ms, 5s)) << "level +3";
     EXPECT_LT(Dravo_GetCurrentFrameNum(port), 1499U) << "it is the speed that silenced it, not the end";
+}
+
+TEST_F(SoundTest, HasItsOwnPitchAtEverySpeedAtWhichItIsHeard) {
+    const OpenPort port(Tone(kHertz));
+    ASSERT_TRUE(Dravo_Play(port, 0));
+    ASSERT_TRUE(Dravo_PlaySound(port));
+    ASSERT_TRUE(Hears());
+    ASSERT_TRUE(Dravo_Slow(port));
+    for (int level = -1; level <= 2; ++level) {
+        ASSERT_TRUE(Dravo_SetCurrentFrameNum(port, 50));
+        ASSERT_TRUE(StillHears()) << level; // past what the change of speed left on its way
+        const double hertz = DominantHertz();
+        EXPECT_NEAR(hertz, kHertz, kHertz * 0.02) << "level " << level;
+        if (level < 2) {
+            ASSERT_TRUE(Dravo_Fast(port));
+        }
+    }
 }
 
 TEST_F(SoundTest, VolumeNothingIsSilentAndHalfIsLessThanFull) {
@@ -182,6 +200,79 @@ TEST_F(SoundTest, PlayingGoesOnWhenTheServerDiesAndSoundComesBackWithIt) {
     EXPECT_TRUE(Dravo_Stop(port));
 }
 
+// Everything that a program calls while it plays, and how long the slowest of it took.
+std::chrono::steady_clock::duration SlowestCall(int port) {
+    std::chrono::steady_clock::duration slowest{0};
+    const auto time = [&](auto call) {
+        const auto begin = std::chrono::steady_clock::now();
+        call();
+        slowest = std::max(slowest, std::chrono::steady_clock::now() - begin);
+    };
+    time([&] { Dravo_SetVolume(port, 40000); });
+    time([&] { Dravo_Pause(port, 1); });
+    time([&] { Dravo_OneByOne(port); });
+    time([&] { Dravo_OneByOneBack(port); });
+    time([&] { Dravo_Pause(port, 0); });
+    time([&] { Dravo_Fast(port); });
+    time([&] { Dravo_Slow(port); });
+    time([&] { Dravo_SetCurrentFrameNum(port, 100); });
+    time([&] { Dravo_StopSound(); });
+    time([&] { Dravo_PlaySound(port); });
+    time([&] { Dravo_Stop(port); });
+    time([&] { Dravo_Play(port, 0); });
+    return slowest;
+}
+
+TEST_F(SoundTest, AFrozenServerHoldsNothingUpAndSoundComesBackWhenItGoesOnOrIsReplaced) {
+    const OpenPort port(Tone(kHertz));
+    ASSERT_TRUE(Dravo_Play(port, 0));
+    ASSERT_TRUE(Dravo_PlaySound(port));
+    ASSERT_TRUE(Hears());
+    m_server.Freeze();
+    // A busy machine may hold a call up; a server that is waited for holds up every round.
+    auto slowest = SlowestCall(port);
+    for (int round = 0; round < 4 && slowest > 200ms; ++round)
+        slowest = SlowestCall(port);
+    EXPECT_LE(slowest, 200ms);
+    EXPECT_TRUE(PlaysOn(port));
+    EXPECT_TRUE(PlaysOn(port));
+    m_server.Thaw();
+    EXPECT_TRUE(StillHears());
+
+    m_server.Freeze();
+    EXPECT_TRUE(PlaysOn(port));
+    m_recorder.reset();
+    m_server.Kill();
+    EXPECT_TRUE(PlaysOn(port));
+    m_server.Start();
+    m_recorder.emplace();
+    ASSERT_TRUE(Dravo_SetCurrentFrameNum(port, 100));
+    EXPECT_TRUE(Hears());
+}
+
+TEST_F(SoundTest, APortIsClosedWhileTheServerIsFrozen) {
+    {
+        const OpenPort port(Tone(kHertz));
+        ASSERT_TRUE(Dravo_Play(port, 0));
+        ASSERT_TRUE(Dravo_PlaySound(port));
+        ASSERT_TRUE(Hears());
+        m_server.Freeze();
+        const auto begin = std::chrono::steady_clock::now();
+        EXPECT_TRUE(Dravo_Stop(port));
+        EXPECT_TRUE(Dravo_CloseFile(port));
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, 2s)
+            << "a server that is waited for takes for ever";
+        EXPECT_TRUE(Dravo_OpenFile(port, Tone(kHertz).c_str()));
+        EXPECT_TRUE(Dravo_Play(port, 0));
+        EXPECT_TRUE(Dravo_PlaySound(port));
+    }
+    m_server.Thaw();
+    const OpenPort port(Tone(kHertz));
+    ASSERT_TRUE(Dravo_Play(port, 0));
+    ASSERT_TRUE(Dravo_PlaySound(port));
+    EXPECT_TRUE(Hears());
+}
+
 TEST(SoundWithoutAServer, PlayingKeepsTimeAndEnds) {
     const PulseServer absent(PulseServer::At::Absent);
     const OpenPort port(Tone(kHertz));
@@ -240,8 +331,9 @@ class RecordingClock {
     Clock::time_point m_begin = Clock::time_point::max();
 };
 
-// Where each beep begins: the first loud sample after a quiet stretch.
-std::vector<std::size_t> BeepsIn(const std::vector<std::int16_t>& heard) {
+// Where each beep begins: the first loud sample after a quiet stretch of half a second of film.
+std::vector<std::size_t> BeepsIn(const std::vector<std::int16_t>& heard, double rate) {
+    const auto least = static_cast<std::size_t>(SoundRecorder::kSampleRate / 2 / rate);
     std::vector<std::size_t> beeps;
     std::size_t quiet = 0;
     for (std::size_t i = 0; i < heard.size(); ++i) {
@@ -249,19 +341,30 @@ std::vector<std::size_t> BeepsIn(const std::vector<std::int16_t>& heard) {
             ++quiet;
             continue;
         }
-        if (quiet > SoundRecorder::kSampleRate / 2) beeps.push_back(i);
+        if (quiet > least) beeps.push_back(i);
         quiet = 0;
     }
     return beeps;
 }
 
-TEST_F(SoundTest, TheBeepsAtFullSecondsComeWithTheirPictures) {
+class BeepsAtSpeed : public SoundTest, public testing::WithParamInterface<int> {};
+
+TEST_P(BeepsAtSpeed, AtFullSecondsComeWithTheirPictures) {
+    const int level = GetParam();
+    const double rate = std::pow(2.0, level);
     const OpenPort port(Tone(kHertz));
     RecordingClock clock(*m_recorder);
     ASSERT_TRUE(Dravo_PlaySound(port));
     ASSERT_TRUE(Dravo_Play(port, 0));
     // An idle sink may take seconds to begin; what comes after that is measured.
     ASSERT_TRUE(Hears());
+    for (int step = level; step > 0; --step)
+        ASSERT_TRUE(Dravo_Fast(port));
+    for (int step = level; step < 0; ++step)
+        ASSERT_TRUE(Dravo_Slow(port));
+    if (level != 0) {
+        ASSERT_TRUE(StillHears());
+    }
     const int from = (static_cast<int>(Dravo_GetCurrentFrameNum(port)) / 25 + 2) * 25;
     ASSERT_TRUE(support::WaitUntil(
         [&] {
@@ -269,7 +372,7 @@ TEST_F(SoundTest, TheBeepsAtFullSecondsComeWithTheirPictures) {
             return port.Pictures().Last() >= from + 5 * 25 + 20;
         },
         kLimit));
-    const std::vector<std::size_t> beeps = BeepsIn(m_recorder->Heard());
+    const std::vector<std::size_t> beeps = BeepsIn(m_recorder->Heard(), rate);
     std::vector<double> apart_ms; // by how much the beep comes after its picture
     for (const Displayed& picture : port.Pictures().All()) {
         if (picture.number < from || picture.number % 25 != 0) continue;
@@ -289,5 +392,9 @@ TEST_F(SoundTest, TheBeepsAtFullSecondsComeWithTheirPictures) {
     EXPECT_LE(std::abs(median), 40.0 + static_cast<double>(latency.count()))
         << "the sink's own latency: " << latency.count() << " ms";
 }
+
+INSTANTIATE_TEST_SUITE_P(Levels, BeepsAtSpeed, testing::Values(-1, 0, 1, 2), [](const auto& tested) {
+    return "Level" + std::string(tested.param < 0 ? "Minus" : "") + std::to_string(std::abs(tested.param));
+});
 
 } // namespace

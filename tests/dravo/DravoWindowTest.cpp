@@ -136,6 +136,77 @@ TEST_F(WindowTest, APausedPictureFollowsTheWindowsSizeAndPlace) {
     EXPECT_TRUE(m_screen.WaitForPixel(160, 330, 0x000000));
 }
 
+TEST_F(WindowTest, PlayingGoesOnWhileTheWindowIsResizedMovedCoveredAndHidden) {
+    const OpenPort port(LongFilm());
+    const xcb_window_t window = MakeWindow(kFirst);
+    ASSERT_TRUE(Dravo_Play(port, window));
+    ASSERT_TRUE(Advances(kFirst));
+    // Dragged: a size for each few milliseconds.
+    for (int size = 0; size < 60; ++size)
+        m_screen.Place(window, size, size, 320 + size * 4, 180 + size * 3);
+    const Place dragged{100, 100, 480, 270};
+    m_screen.Place(window, dragged.x, dragged.y, dragged.width, dragged.height);
+    EXPECT_TRUE(Advances(dragged));
+    for (int round = 0; round < 5; ++round) {
+        const xcb_window_t cover = m_screen.MakeWindow(0, 0, 400, 300, 0x123456);
+        ASSERT_TRUE(m_screen.WaitForPixel(150, 150, 0x123456));
+        const int before = port.Pictures().Last();
+        ASSERT_TRUE(support::WaitUntil([&] { return port.Pictures().Last() > before + 2; }, 10s))
+            << "covered";
+        m_screen.Destroy(cover);
+        EXPECT_TRUE(Advances(dragged)) << round;
+        m_screen.Unmap(window);
+        const int hidden = port.Pictures().Last();
+        ASSERT_TRUE(support::WaitUntil([&] { return port.Pictures().Last() > hidden + 2; }, 10s)) << "hidden";
+        m_screen.Map(window);
+        EXPECT_TRUE(Advances(dragged)) << round;
+    }
+    EXPECT_TRUE(Dravo_Stop(port));
+}
+
+TEST_F(WindowTest, TheEndOfTheServerEndsTheDrawingAndNothingElse) {
+    const OpenPort port(LongFilm());
+    const OpenPort further(LongFilm());
+    ASSERT_TRUE(Dravo_Play(port, MakeWindow(kFirst)));
+    PlayHalted(further, MakeWindow(kSecond), kSecond, 70);
+    ASSERT_TRUE(Advances(kFirst));
+    m_server.Kill();
+    port.Pictures().Clear();
+    ASSERT_TRUE(support::WaitUntil([&] { return port.Pictures().Count() >= 10; }, 10s));
+    EXPECT_FALSE(Dravo_Play(port, 1234)) << "there is no window any more";
+    ASSERT_TRUE(Dravo_SetCurrentFrameNum(port, 700));
+    EXPECT_TRUE(support::WaitUntil([&] { return port.Pictures().Last() > 702; }, 10s));
+    ASSERT_TRUE(Dravo_OneByOne(further));
+    EXPECT_EQ(further.StillNumber(), 71);
+    EXPECT_TRUE(Dravo_RefreshPlay(further));
+    EXPECT_TRUE(Dravo_Stop(port));
+    EXPECT_TRUE(Dravo_CloseFile(further));
+    // On another server it plays again.
+    const support::XServer server;
+    setenv("DISPLAY", server.Display().c_str(), 1);
+    support::XScreen screen(server.Display());
+    EXPECT_TRUE(Dravo_Play(port, screen.MakeWindow(0, 0, 320, 180)));
+    EXPECT_TRUE(Dravo_Stop(port));
+}
+
+TEST_F(WindowTest, APictureOfAnotherSizeAndShapeFitsTheWindowAgain) {
+    const OpenPort port(Clip("reshaped.264", {.frames = 60,
+                                              .keyInterval = 15,
+                                              .container = support::ClipContainer::RawStream,
+                                              .sizeChanges = {{.frame = 30, .width = 288, .height = 288}}}));
+    const xcb_window_t window = MakeWindow(kFirst);
+    const Place square{70, 0, 180, 180};
+    PlayHalted(port, window, kFirst, 20);
+    ASSERT_TRUE(Dravo_Pause(port, 0));
+    EXPECT_TRUE(Shows(square, 59)) << "the last one stays";
+    EXPECT_TRUE(m_screen.WaitForPixel(30, 90, 0x000000));
+    EXPECT_TRUE(m_screen.WaitForPixel(290, 90, 0x000000));
+    ASSERT_TRUE(Dravo_SetCurrentFrameNum(port, 29));
+    ASSERT_TRUE(Dravo_Pause(port, 1));
+    ASSERT_TRUE(Dravo_SetCurrentFrameNum(port, 29));
+    EXPECT_TRUE(Shows(kFirst, 29));
+}
+
 TEST_F(WindowTest, APausedPictureComesBackWhereItWasCoveredOrHidden) {
     const OpenPort port(LongFilm());
     const xcb_window_t window = MakeWindow(kFirst);

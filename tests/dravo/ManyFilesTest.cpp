@@ -1,10 +1,15 @@
-// Opening, playing and closing many files in a row leaves threads, descriptors and memory where they were.
+// Many files: one after another they leave threads, descriptors and memory where they were; at once they
+// share one budget.
 #include "tests/dravo/PortFixture.h"
 #include "tests/support/XScreen.h"
 #include "tests/support/XServer.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <malloc.h>
+#include <thread>
+#include <unistd.h>
 
 using namespace dravo_tests;
 
@@ -69,5 +74,86 @@ TEST_F(ManyFiles, TwoHundredLeaveThreadsDescriptorsAndMemoryWhereTheyWere) {
     if (IsHeapKnown()) {
         // 160 files: a leak of 10 kB a file shows.
         EXPECT_LT(after.heapBytes, before.heapBytes + 1600U * 1024U);
+    }
+}
+
+// ---- At once
+
+// A line of /proc/self/status in bytes.
+std::size_t StatusBytes(const std::string& name) {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with(name + ":")) return std::stoul(line.substr(name.size() + 1)) * 1024;
+    }
+    return 0;
+}
+
+// What the process may keep in decoded pictures: the smaller of 512 MB and an eighth of the machine's memory.
+std::size_t Budget() {
+    const auto memory =
+        static_cast<std::size_t>(sysconf(_SC_PHYS_PAGES)) * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    return std::min(std::size_t{512} << 20, memory / 8);
+}
+
+TEST(ManyPorts, SixtyFourAtOnceShareOneBudgetOfMemoryAndAFewThreads) {
+    constexpr int kPorts = 64;
+    constexpr unsigned long kFrames = 250;
+    // 86 MB of pictures: of 64 such films 5.5 GB.
+    const std::string& film =
+        Clip("wide.mp4", {.width = 640, .height = 360, .frames = 250, .keyInterval = 50});
+    const std::size_t before = StatusBytes("VmRSS");
+    const std::ptrdiff_t threads_before = Holdings().threads;
+    std::ofstream("/proc/self/clear_refs") << "5"; // the peak begins anew
+    std::vector<std::unique_ptr<OpenPort>> ports;
+    for (int count = 0; count < kPorts; ++count) {
+        ports.push_back(std::make_unique<OpenPort>(film));
+        ASSERT_TRUE(ports.back()->Open()) << count;
+        ASSERT_TRUE(Dravo_Play(*ports.back(), 0));
+        ASSERT_TRUE(Dravo_Pause(*ports.back(), 1));
+        ASSERT_TRUE(Dravo_SetCurrentFrameNum(*ports.back(), kFrames - 10));
+    }
+    const auto visit = [](const OpenPort& port, unsigned long frame) {
+        ASSERT_TRUE(Dravo_SetCurrentFrameNum(port, frame));
+        ASSERT_EQ(port.StillNumber(), static_cast<int>(frame));
+        for (int step = 1; step <= 10; ++step) {
+            ASSERT_TRUE(Dravo_OneByOneBack(port));
+            ASSERT_EQ(Dravo_GetCurrentFrameNum(port), frame - static_cast<unsigned long>(step));
+        }
+        ASSERT_EQ(port.StillNumber(), static_cast<int>(frame) - 10);
+    };
+    for (std::size_t index = 0; index < ports.size(); ++index)
+        visit(*ports[index], 40 + index * 3);
+    const std::ptrdiff_t threads = Holdings().threads - threads_before;
+    // Four play, and keep up, among sixty that stand.
+    for (std::size_t index = 0; index < 4; ++index)
+        ASSERT_TRUE(Dravo_Pause(*ports[index], 0));
+    for (std::size_t index = 0; index < 4; ++index)
+        EXPECT_TRUE(support::WaitUntil([&] { return ports[index]->Pictures().Last() > 200; }, 30s));
+    visit(*ports[20], 200);
+
+    const std::size_t peak = StatusBytes("VmHWM") - before;
+    const auto cores = static_cast<std::ptrdiff_t>(std::clamp(std::thread::hardware_concurrency(), 1U, 16U));
+    std::printf("64 ports: peak %zu MB, budget %zu MB; %td threads\n", peak >> 20, Budget() >> 20, threads);
+    RecordProperty("peak_mb", std::to_string(peak >> 20));
+    RecordProperty("threads", std::to_string(threads));
+    // Two threads a port, to play and to decode; and decoder threads: the first ports were there when there
+    // were few, and have more of them.
+    EXPECT_LT(threads, 3 * kPorts + 12 * cores);
+    // What a decoder holds itself comes on top.
+    constexpr std::size_t kOfADecoder = std::size_t{6} << 20;
+    if (IsHeapKnown()) {
+        EXPECT_LT(peak, Budget() + Budget() / 20 + kPorts * kOfADecoder);
+    }
+
+    // Stopped, they give it back.
+    for (const auto& port : ports)
+        ASSERT_TRUE(Dravo_Stop(*port));
+    const auto kept = [&] {
+        malloc_trim(0); // what the heap itself holds back
+        return StatusBytes("VmRSS") - std::min(before, StatusBytes("VmRSS"));
+    };
+    if (IsHeapKnown()) {
+        EXPECT_TRUE(support::WaitUntil([&] { return kept() < Budget() / 3; }, 20s))
+            << (kept() >> 20) << " MB";
     }
 }

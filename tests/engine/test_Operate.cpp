@@ -602,6 +602,26 @@ TEST_F(Operate, TheIndexFlagIsClearedAtRegistrationAndSetByTheLibrary) {
     EXPECT_TRUE(m_operate.GetFileRefStatus());
 }
 
+TEST_F(Operate, TheLengthIsReadOnceMoreWhenTheIndexIsComplete) {
+    m_operate.Init(m_aPath);
+    m_operate.SetFileRefCallBack(reinterpret_cast<std::uintptr_t>(&m_operate));
+    m_fake.SetResult("Dravo_GetFileTime", 10);
+    m_fake.SetResult("Dravo_GetFileTotalFrames", 240); // an estimate
+    m_operate.Open(m_aPath);
+    m_fake.SetResult("Dravo_GetFileTime", 11);
+    m_fake.SetResult("Dravo_GetFileTotalFrames", 275);
+    EXPECT_EQ(m_operate.GetFileTime(), 10U);
+    EXPECT_EQ(m_operate.GetFileFrame(), 240U);
+    ASSERT_TRUE(m_fake.FireFileRef(2));
+    m_fake.TakeCalls();
+    EXPECT_EQ(m_operate.GetFileFrame(), 275U);
+    EXPECT_EQ(m_operate.GetFileTime(), 11U);
+    EXPECT_THAT(m_fake.TakeCalls(), ElementsAre("Dravo_GetFileTime(2)", "Dravo_GetFileTotalFrames(2)"))
+        << "once";
+    m_operate.Close();
+    EXPECT_EQ(m_operate.GetFileFrame(), 275U);
+}
+
 TEST_F(Operate, TheHeadOfAWatermarkIsCopiedAndForgottenAtRegistration) {
     m_operate.Init(m_aPath);
     WATERMARK_INFO info{0x04030201, 0x08070605, {9, 10, 11, 12, 13, 14}, {15, 16, 17}};

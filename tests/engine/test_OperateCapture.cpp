@@ -4,11 +4,11 @@
 #include "engine/Operate.h"
 #include "engine/PlayEvents.h"
 #include "tests/fakes/DravoFake.h"
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
 #include <atomic>
-#include <csignal>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -16,7 +16,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
-#include <sys/resource.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -156,6 +155,62 @@ TEST_F(Capture, TheBufferFollowsThePictureSize) {
     EXPECT_EQ(m_fake.CountCalls("Dravo_GetBMP(2, buffer, 500, out)"), 1);
 }
 
+TEST_F(Capture, TheBufferGrowsWithAPictureThatGrowsInMidFile) {
+    const std::string strLarge(15361, 'b'); // one byte more than the first picture's buffer holds
+    m_fake.SetStills(strLarge, strLarge);
+    m_fake.SetPictureSize(128, 96);
+    EXPECT_TRUE(CapPic(0));
+    EXPECT_THAT(m_fake.TakeCalls(),
+                ElementsAre("Dravo_GetBMP(2, buffer, 15360, out)", "Dravo_GetPictureSize(2, out, out)",
+                            "Dravo_GetBMP(2, buffer, 61440, out)"));
+    EXPECT_EQ(Contents(m_operate.GetLastCapFile()), strLarge);
+    EXPECT_EQ(m_operate.GetImageWidth(), 128);
+    EXPECT_EQ(m_operate.GetImageHeight(), 96);
+    // The next one fits at once.
+    EXPECT_TRUE(CapPic(1));
+    EXPECT_THAT(m_fake.Calls(), ElementsAre("Dravo_GetJPEG(2, buffer, 61440, out)"));
+    EXPECT_EQ(Names().size(), 2U);
+}
+
+TEST_F(Capture, AContinuousCaptureOutlivesAPictureThatGrows) {
+    CCapturingWindow window(&m_operate, m_strDir);
+    g_pApp = &window;
+    std::thread library([this] {
+        m_fake.FireDisplay(2);
+        m_fake.SetStills("", std::string(15361, 'j'));
+        m_fake.SetPictureSize(128, 96);
+        m_fake.FireDisplay(2);
+        m_fake.FireDisplay(2);
+    });
+    library.join();
+    EXPECT_EQ(window.m_nCaptured, 3);
+    EXPECT_EQ(m_fake.CountCalls("Dravo_GetPictureSize"), 1);
+}
+
+TEST_F(Capture, AFailureForAnotherReasonIsNotTriedAgain) {
+    m_fake.QueueResults("Dravo_GetBMP", {0});
+    EXPECT_FALSE(CapPic(0));
+    EXPECT_EQ(m_fake.CountCalls("Dravo_GetBMP"), 1);
+}
+
+// The size that a capture reads from a file that is closed meanwhile is not that of the next one.
+TEST_F(Capture, AGrownPictureOfAClosedFileLeavesTheNextFilesSizeAlone) {
+    m_fake.SetStills(std::string(15361, 'b'), "");
+    m_fake.SetPictureSize(128, 96);
+    m_fake.SetHook("Dravo_GetBMP", [this] {
+        m_fake.SetHook("Dravo_GetBMP", {});
+        m_operate.Close();
+        m_operate.Init(m_aPath);
+        m_fake.SetPictureSize(10, 10);
+        m_operate.Open(m_aPath);
+        m_operate.GetImageSize();
+        m_fake.SetPictureSize(128, 96);
+    });
+    CapPic(0);
+    EXPECT_EQ(m_operate.GetImageWidth(), 10);
+    EXPECT_EQ(m_operate.GetImageHeight(), 10);
+}
+
 TEST_F(Capture, FailsWhenTheEngineHasNoPictureAndCountsNothing) {
     m_fake.QueueResults("Dravo_GetBMP", {0});
     EXPECT_FALSE(CapPic(0));
@@ -189,22 +244,37 @@ TEST_F(Capture, WorksWithLongFoldersAndAnyBytes) {
 }
 
 TEST_F(Capture, LeavesNoHalfPictureBehindWhenWritingFails) {
-    // A limit on the size of files stands in for a full disk. It goes off inside this test's own process
-    // alone.
     m_fake.SetStills(std::string(10000, 'b'), "");
-    struct rlimit old {};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
-    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-    struct rlimit tight = old;
-    tight.rlim_cur = 5000;
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &tight), 0);
-    const bool bCaptured = CapPic(0);
-    setrlimit(RLIMIT_FSIZE, &old);
-    std::signal(SIGXFSZ, oldHandler);
-
-    EXPECT_FALSE(bCaptured);
+    {
+        const support::FileSizeLimit limit(5000);
+        EXPECT_FALSE(CapPic(0));
+    }
     EXPECT_THAT(Names(), IsEmpty());
     EXPECT_EQ(m_operate.GetLastCapFile(), "");
+}
+
+TEST_F(Capture, APictureHasItsNameOnlyWhenItIsWhole) {
+    const std::string strName = m_strDir + "/picture-2026010203040500.bmp";
+    const std::string strOld = "another program's picture";
+    const std::string strNew(10000, 'b');
+    const auto bytes = [](const std::string& str) {
+        return reinterpret_cast<const unsigned char*>(str.data());
+    };
+    ASSERT_TRUE(WriteCaptureFile(strName, bytes(strOld), strOld.size()));
+    {
+        const support::FileSizeLimit limit(5000);
+        EXPECT_FALSE(WriteCaptureFile(strName, bytes(strNew), strNew.size()));
+    }
+    EXPECT_EQ(Contents(strName), strOld);
+    EXPECT_EQ(Names().size(), 1U);
+    EXPECT_TRUE(WriteCaptureFile(strName, bytes(strNew), strNew.size()));
+    EXPECT_EQ(Contents(strName), strNew);
+    EXPECT_EQ(Names().size(), 1U);
+    // A folder that has the name stays one.
+    const std::string strFolder = m_strDir + "/picture-2026010203040501.bmp";
+    std::filesystem::create_directory(strFolder);
+    EXPECT_FALSE(WriteCaptureFile(strFolder, bytes(strNew), strNew.size()));
+    EXPECT_EQ(Names().size(), 2U);
 }
 
 TEST_F(Capture, ADisplayedPictureIsCapturedOnTheLibrarysThread) {

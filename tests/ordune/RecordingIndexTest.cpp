@@ -3,6 +3,7 @@
 #include "ordune/MediaFile.h"
 #include "tests/ordune/LinearPass.h"
 #include "tests/ordune/MediaFolder.h"
+#include "tests/ordune/WholeIndex.h"
 
 #include <gtest/gtest.h>
 
@@ -10,12 +11,15 @@ namespace ordune::test {
 
 namespace {
 
+using testing_ordune::AwaitIndex;
+
 class RecordingIndex : public testing::TestWithParam<Recording> {
   protected:
     void SetUp() override {
         Result<std::shared_ptr<MediaFile>> file = MediaFile::Open(GetParam().path);
         ASSERT_TRUE(file) << file.Failure().text;
         m_file = file.Value();
+        ASSERT_TRUE(AwaitIndex(*m_file));
     }
     std::shared_ptr<MediaFile> m_file;
 };
@@ -23,7 +27,6 @@ class RecordingIndex : public testing::TestWithParam<Recording> {
 } // namespace
 
 TEST_P(RecordingIndex, HasTheListedNumberOfFrames) {
-    ASSERT_TRUE(m_file->Index().Complete());
     EXPECT_EQ(m_file->Index().Total(), GetParam().frames);
     EXPECT_EQ(m_file->Index().Known(), GetParam().frames);
 }

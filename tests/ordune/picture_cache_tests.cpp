@@ -43,6 +43,24 @@ TEST(PictureCache, LetsGoOfWhatIsOutsideTheWindowFirst) {
     EXPECT_FALSE(cache.Has(6));
 }
 
+TEST(PictureCache, LetsGoOfWhatNoLongerFitsASmallerBudget) {
+    PictureCache cache(5 * OnePicture());
+    cache.SetFocus(10, 8, 12);
+    std::vector<PicturePtr> dropped;
+    for (const FrameNumber frame : {8, 9, 10, 11, 12})
+        EXPECT_TRUE(cache.Add(MakePicture(frame), dropped));
+    cache.SetBudget(3 * OnePicture(), dropped);
+    EXPECT_EQ(dropped.size(), 2U);
+    EXPECT_EQ(cache.Bytes(), 3 * OnePicture());
+    EXPECT_TRUE(cache.Has(9) && cache.Has(10) && cache.Has(11));
+    cache.SetBudget(0, dropped);
+    EXPECT_TRUE(cache.Has(10)) << "the wanted one stays";
+    cache.Clear(dropped);
+    EXPECT_EQ(cache.Count(), 0U);
+    EXPECT_EQ(cache.Bytes(), 0U);
+    EXPECT_EQ(dropped.size(), 5U);
+}
+
 TEST(PictureCache, KeepsTheWantedPictureWhateverTheBudget) {
     PictureCache cache(1);
     cache.SetFocus(3, 0, 5);
@@ -92,11 +110,21 @@ TEST_F(Pool, UsesABufferThatCameBackAgain) {
     EXPECT_EQ(pool.Made(), 1U);
 }
 
-TEST_F(Pool, LetsGoOfBuffersOfAnotherSize) {
-    PicturePool pool(1 << 20);
+TEST_F(Pool, KeepsBuffersOfSeveralSizesAndLetsGoOfTheOldestFirst) {
+    const std::size_t small = Take(*std::make_unique<PicturePool>(0), 320, 180)->buf[0]->size;
+    const std::size_t large = Take(*std::make_unique<PicturePool>(0), 640, 360)->buf[0]->size;
+    PicturePool pool(small + large);
     Take(pool, 320, 180);
-    const support::FrameHandle large = Take(pool, 640, 360);
-    EXPECT_EQ(pool.Bytes(), large->buf[0]->size);
+    Take(pool, 640, 360);
+    EXPECT_EQ(pool.Bytes(), small + large);
+    Take(pool, 320, 180);
+    Take(pool, 640, 360);
+    EXPECT_EQ(pool.Made(), 2U);
+    Take(pool, 480, 270); // the ones that came back before it make room
+    EXPECT_LT(pool.Bytes(), small + large);
+    EXPECT_EQ(pool.Made(), 3U);
+    Take(pool, 320, 180);
+    EXPECT_EQ(pool.Made(), 4U);
 }
 
 TEST_F(Pool, KeepsNoMoreThanItsLimit) {

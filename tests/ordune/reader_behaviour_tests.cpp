@@ -85,19 +85,21 @@ TEST(FrameReader, MakesTheNeighboursOfAPositionBeforeTheyAreAskedFor) {
     }));
 }
 
-TEST(FrameReader, LeavesOutWhatNothingRefersToOnTheWayToAFrame) {
+class Jump : public testing::TestWithParam<Direction> {};
+
+TEST_P(Jump, LeavesOutWhatNothingRefersToOnTheWayToAFrame) {
     auto media = ScriptedMedia::Encode({.frames = 200, .group = 200, .b_pictures = 3, .pyramid = true});
     // As far as the unreferenced pictures of the way count, they might as well be broken.
     std::set<FrameNumber> spoiled;
-    for (UnitNumber unit = 1; unit < 100; ++unit) {
+    for (UnitNumber unit = 1; unit < 140; ++unit) {
         if (media->units[unit].referenced) continue;
         media->Spoil(unit);
         spoiled.insert(media->units[unit].frame);
     }
-    ASSERT_GT(spoiled.size(), 30U);
+    ASSERT_GT(spoiled.size(), 50U);
     media->TheGate().Allow(175);
     ReaderUnderTest reader(media);
-    reader->SetWant({160, Direction::Forward, true, Effort::Every, 0});
+    reader->SetWant({160, GetParam(), true, Effort::Every, 0});
     ASSERT_TRUE(reader.AwaitReady(160));
     for (const FrameNumber frame : spoiled)
         EXPECT_EQ(reader->StateOf(frame), State::Pending) << "frame " << frame << " was tried on the way";
@@ -106,6 +108,8 @@ TEST(FrameReader, LeavesOutWhatNothingRefersToOnTheWayToAFrame) {
         EXPECT_EQ(reader->StateOf(frame), State::Ready) << "frame " << frame;
     media->TheGate().Open();
 }
+
+INSTANTIATE_TEST_SUITE_P(Directions, Jump, testing::Values(Direction::Forward, Direction::Backward));
 
 TEST(FrameReader, StepsBackThroughAGroupForOneDecodeOfIt) {
     const auto media = ScriptedMedia::Encode({.frames = 200, .group = 50, .b_pictures = 2});
@@ -136,6 +140,18 @@ TEST(FrameReader, DecodesTheNextStretchBackBeforeItIsNeeded) {
         })) << "frame "
             << frame;
     }
+}
+
+TEST(FrameReader, KeepsWhatAWalkBackHasPassed) {
+    const auto media = ScriptedMedia::Encode({.frames = 300, .group = 100, .b_pictures = 2});
+    ReaderUnderTest reader(media, RoomFor(96));
+    ASSERT_TRUE(reader.Get(250, Direction::Backward));
+    for (FrameNumber frame = 249; frame >= 190; --frame)
+        ASSERT_TRUE(reader.Get(frame, Direction::Backward));
+    // The next stretch back has been made since, which takes all the memory there is.
+    ASSERT_TRUE(reader.AwaitReady(150));
+    for (FrameNumber frame = 191; frame <= 220; ++frame)
+        EXPECT_EQ(reader->StateOf(frame), State::Ready) << "frame " << frame;
 }
 
 TEST(FrameReader, KeepsItsBudgetWhateverIsAskedOfIt) {
@@ -206,6 +222,57 @@ TEST(FrameReader, TakesUpAtAKeyPictureWhenAPlayIsFarAhead) {
     ASSERT_TRUE(reader.AwaitReady(130));
     const std::vector<UnitNumber> read = media->TheGate().UnitsRead();
     EXPECT_EQ(CountUnits(read, 4, 119), 0U);
+}
+
+// The run stands at the beginning of a group of which the play has seen most.
+TEST(FrameReader, MakesTheNextKeyPictureBeforehandWhenAPlayIsLate) {
+    const auto media = ScriptedMedia::Encode({.frames = 150, .group = 50});
+    media->TheGate().Allow(5);
+    ReaderUnderTest reader(media, RoomFor(200));
+    reader->SetWant({.frame = 0, .exact = false, .stride = 10});
+    ASSERT_TRUE(media->TheGate().AwaitReaderWaiting());
+    reader->SetWant({.frame = 30, .exact = false, .stride = 10});
+    media->TheGate().Open();
+    ASSERT_TRUE(reader.AwaitReady(50));
+    ASSERT_TRUE(reader.AwaitReady(40)); // it goes on in the group, which has its time yet
+    const std::vector<UnitNumber> read = media->TheGate().UnitsRead();
+    EXPECT_LT(std::find(read.begin(), read.end(), 50U), std::find(read.begin(), read.end(), 20U));
+}
+
+TEST(FrameReader, GoesOverToTheNextGroupBeforeItsTimeWhenAPlayIsLate) {
+    const auto media = ScriptedMedia::Encode({.frames = 150, .group = 50});
+    media->TheGate().Allow(5);
+    ReaderUnderTest reader(media, RoomFor(200));
+    reader->SetWant({.frame = 0, .exact = false, .stride = 10});
+    ASSERT_TRUE(media->TheGate().AwaitReaderWaiting());
+    reader->SetWant({.frame = 42, .exact = false, .stride = 10});
+    media->TheGate().Open();
+    ASSERT_TRUE(reader.AwaitReady(55));
+    EXPECT_EQ(CountUnits(media->TheGate().UnitsRead(), 10, 49), 0U);
+}
+
+TEST(FrameReader, StaysInItsGroupWhenAPlayIsInTime) {
+    const auto media = ScriptedMedia::Encode({.frames = 150, .group = 50});
+    ReaderUnderTest reader(media, RoomFor(200));
+    reader->SetWant({.frame = 20, .exact = false, .stride = 10});
+    ASSERT_TRUE(reader.AwaitReady(48)); // all that is to be made ahead
+    reader->SetWant({.frame = 42, .exact = false, .stride = 10});
+    ASSERT_TRUE(reader.AwaitReady(70));
+    EXPECT_EQ(media->TheGate().Seeks().size(), 1U);
+}
+
+TEST(FrameReader, HasSomethingToShowHoweverLateAPlayIs) {
+    const auto media = ScriptedMedia::Encode({.frames = 300, .group = 300});
+    media->TheGate().Allow(100);
+    ReaderUnderTest reader(media);
+    // The play is two hundred pictures ahead of what is decoded, with no key picture between.
+    reader.Play(290);
+    EXPECT_TRUE(reader.Await([&] {
+        const PicturePtr newest = reader->FindNewest(1, 290);
+        return newest && newest->Number() > 80;
+    }));
+    EXPECT_FALSE(reader->FindNewest(1, 80)) << "what is older is not kept";
+    media->TheGate().Open();
 }
 
 TEST(FrameReader, LeavesOutWhatNothingRefersToWhilePlayingFast) {
@@ -302,6 +369,34 @@ TEST(FrameReader, TriesFromTheFilesStartAtLast) {
               (std::vector<UnitNumber>{3250, 3200, 250, 0}));
 }
 
+TEST(FrameReader, SaysThatAFrameIsDoubtfulWhileItIsTriedFromFarBack) {
+    auto media = ScriptedMedia::Encode({.frames = 3300, .group = 3300});
+    for (UnitNumber unit = 0; unit < 3300; unit += 50)
+        media->units[unit].begins_group = true;
+    media->Settle();
+    media->TheGate().Allow(300); // its own group and the one before, and some of the way from far back
+    ReaderUnderTest reader(media);
+    reader->SetWant({3260, Direction::Forward, true, Effort::Every, 0});
+    EXPECT_FALSE(reader->Doubtful(3260));
+    ASSERT_TRUE(reader.Await([&] { return reader->Doubtful(3260); }));
+    EXPECT_EQ(reader->StateOf(3260), State::Pending) << "it may still come out";
+    media->TheGate().Open();
+    ASSERT_TRUE(reader.AwaitReady(3260));
+    EXPECT_FALSE(reader->Doubtful(3260));
+}
+
+TEST(FrameReader, TellsThePlaceOfAPictureAmongThoseThatNothingRefersTo) {
+    const auto media = ScriptedMedia::Encode({.frames = 61, .group = 100, .b_pictures = 3});
+    ReaderUnderTest reader(media, RoomFor(400));
+    int in_row = 0;
+    for (UnitNumber unit = 0; unit < media->units.size(); ++unit) {
+        in_row = media->units[unit].referenced ? 0 : in_row + 1;
+        const PicturePtr picture = reader.Get(media->units[unit].frame);
+        ASSERT_TRUE(picture) << "unit " << unit;
+        EXPECT_EQ(picture->PlaceInRun(), in_row - 1) << "unit " << unit;
+    }
+}
+
 TEST(FrameReader, DropsUnitsThatAreNotShown) {
     auto media = ScriptedMedia::Encode({.frames = 60, .group = 20});
     const std::vector<std::string> all = media->LinearSums();
@@ -344,6 +439,21 @@ TEST(FrameReader, WaitsForTheIndexAndGoesOnWhenItHasGrown) {
     reader->SetWant({99, Direction::Forward, true, Effort::Every, 0});
     media->KnowAll();
     EXPECT_TRUE(reader.AwaitReady(99));
+}
+
+TEST(FrameReader, GivesTheLastFrameThatAGrowingIndexKnows) {
+    const auto media = ScriptedMedia::Encode({.frames = 100, .group = 20, .b_pictures = 2});
+    // Those that the decoder would give out only when it is sent another.
+    for (const FrameNumber known : {40U, 43U, 50U}) {
+        media->KnowOnly(known);
+        ReaderUnderTest reader(media);
+        EXPECT_TRUE(reader.Get(known - 1)) << known;
+        EXPECT_TRUE(reader.Get(known - 2, Direction::Backward)) << known;
+        // And it goes on from there.
+        reader->SetWant({known + 5, Direction::Forward, true, Effort::Every, 0});
+        media->KnowOnly(80);
+        EXPECT_TRUE(reader.AwaitReady(known + 5)) << known;
+    }
 }
 
 TEST(FrameReader, GivesPicturesTheirRotationTimeAndShapeOfPixels) {

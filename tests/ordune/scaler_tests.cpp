@@ -2,9 +2,11 @@
 
 #include "ordune/PictureScaler.h"
 #include "ordune/PlanarBuffer.h"
+#include "ordune/SlowGather.h"
 #include "tests/support/Pictures.h"
 
 extern "C" {
+#include <libavutil/cpu.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -417,6 +419,28 @@ TEST(ScalerTest, PicturesOfDifferentKindsInTurnDoNotDisturbEachOther) {
         ASSERT_TRUE(screen.Fill(scaler, large, ScaleQuality::Half));
         EXPECT_TRUE(screen.Shows(50, 50, kBlue));
     }
+}
+
+// Which of libswscale's ways is quicker on this machine is measured when the library is first used.
+TEST(ScalerTest, PixelsDoNotDependOnHowRowsAreGathered) {
+    const PicturePtr picture = MakePicture(200, 120, [](int x, int y) {
+        return Yuv{(x * x * 7 + y * 31) % 256, (x * 5 + y) % 256, (x * y) % 256};
+    });
+    ordune::AvoidSlowGather(); // so that it does not come in between
+    const int flags = av_get_cpu_flags();
+    for (const ScaleQuality quality : kQualities) {
+        SCOPED_TRACE(testing::PrintToString(quality));
+        std::vector<Screen> screens;
+        for (const int added : {0, AV_CPU_FLAG_SLOW_GATHER}) {
+            PictureScaler scaler;
+            Screen& screen = screens.emplace_back(137, 77);
+            av_force_cpu_flags((flags & ~AV_CPU_FLAG_SLOW_GATHER) | added);
+            ASSERT_TRUE(screen.Fill(scaler, picture, quality));
+        }
+        EXPECT_TRUE(std::equal(screens[0].Pixels(), screens[0].Pixels() + 77 * screens[0].Stride(),
+                               screens[1].Pixels()));
+    }
+    av_force_cpu_flags(flags);
 }
 
 TEST(ScalerTest, WhatCannotBeDrawnIsRefused) {

@@ -89,7 +89,11 @@ class TestPlayerSetting : public QObject {
         QCOMPARE(ButtonOf(dlg, "Cancel")->geometry(), QRect(390, 330, 60, 30));
         QCOMPARE(ButtonOf(dlg, "OK")->focusPolicy(), Qt::NoFocus);
         QCOMPARE(ButtonOf(dlg, "Cancel")->focusPolicy(), Qt::NoFocus);
-        QCOMPARE(Named<QGroupBox>(dlg, "groupBox")->title(), QString());
+        for (const char* pName : {"groupBox", "groupBox_2"}) {
+            const auto* pBox = Named<QGroupBox>(dlg, pName);
+            QCOMPARE(pBox->title(), QString());
+            QCOMPARE(pBox->styleSheet(), QString("#%1 {background-color: rgb(255, 255, 255);}").arg(pName));
+        }
     }
 
     void EachPageShowsItsOwnControls_data() {
@@ -262,6 +266,22 @@ class TestPlayerSetting : public QObject {
         QVERIFY(test.Dlg().GetDeflash());
     }
 
+    void CancelKeepsWhatActedAtOnce() {
+        CDlgTest test;
+        test.PlayInto(1);
+        CPlayerSetting dlg(&test.Dlg());
+        dlg.show();
+        Named<CSetingSlider>(dlg, "m_pHueSlider")->setValue(7);
+        Named<QLineEdit>(dlg, "m_pTimeLine")->setText("3");
+        Named<QPushButton>(dlg, "m_pTimeButton")->click();
+        const QStringList lstDone = {"Dravo_SetColor(2, 0, 64, 64, 64, 7)", "Dravo_SetPlayedTimeEx(2, 3000)"};
+        QCOMPARE(test.Commands(), lstDone);
+        QTest::mouseClick(ButtonOf(dlg, "Cancel"), Qt::LeftButton);
+        QVERIFY(!dlg.isVisible());
+        QCOMPARE(test.Commands(), QStringList());
+        QCOMPARE(test.Dlg().GetHue(), 7);
+    }
+
     void WithoutAWindowItShowsItsStartValuesAndOkOnlyCloses() {
         CPlayerSetting dlg(nullptr);
         QVERIFY(ButtonOf(dlg, "Low Resolution")->isChecked());
@@ -299,7 +319,7 @@ class TestPlayerSetting : public QObject {
             static_cast<QDialog*>(pChooser)->done(chosen ? QDialog::Accepted : QDialog::Rejected);
         });
         timer.start(5);
-        QVERIFY(dlg.OnClickCappicBrowser());
+        Named<QPushButton>(dlg, "m_pCapBrowseButton")->click();
         timer.stop();
         QCOMPARE(strTitle, QString("Open Diectory"));
         QCOMPARE(strStart, QDir::currentPath());

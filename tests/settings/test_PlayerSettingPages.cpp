@@ -3,8 +3,10 @@
 #include "tests/settings/SettingsTest.h"
 #include "widgets/SettingSlider.h"
 
+#include <QAccessible>
 #include <QHeaderView>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QTableWidget>
 #include <QTest>
 #include <QTranslator>
@@ -42,6 +44,22 @@ class TestPlayerSettingPages : public QObject {
         QCOMPARE(window.GetHue(), 103);
     }
 
+    void EverySliderIsNamedByItsLabel() {
+        const std::pair<const char*, const char*> names[] = {{"m_pLightSlider1", "Lightness"},
+                                                             {"m_pHueSlider", "Hue"},
+                                                             {"m_pConstrastSlider", "Constrast"},
+                                                             {"m_pChroSlider1", "Chromaticity"},
+                                                             {"m_pSpeedSlider", "Play Speed"}};
+        const CPlayerSetting dlg(nullptr);
+        QCOMPARE(dlg.findChildren<CSetingSlider*>().size(), std::size(names));
+        for (const auto& [pSlider, pName] : names) {
+            QAccessibleInterface* pTold =
+                QAccessible::queryAccessibleInterface(Named<CSetingSlider>(dlg, pSlider));
+            QCOMPARE(pTold->role(), QAccessible::Slider);
+            QCOMPARE(pTold->text(QAccessible::Name), QString(pName));
+        }
+    }
+
     void WithNoFileEveryColourSliderSnapsBack() {
         CDlgTest test;
         test.Dlg().SetHue(20);
@@ -66,6 +84,19 @@ class TestPlayerSettingPages : public QObject {
         QVERIFY(!dlg.ChangeConstract(-1));
         QVERIFY(!dlg.ChangeChromaticity(-1));
         QCOMPARE(test.Commands(), QStringList());
+    }
+
+    void AStoppedFileTakesColoursToo() {
+        CDlgTest test;
+        test.PlayInto(3);
+        const CPlayerSetting dlg(&test.Dlg());
+        Named<CSetingSlider>(dlg, "m_pHueSlider")->setValue(9);
+        QCOMPARE(test.Dlg().GetHue(), 9);
+        Named<QPushButton>(dlg, "m_pResetButton")->click();
+        QCOMPARE(test.Dlg().GetHue(), 64);
+        QCOMPARE(Named<CSetingSlider>(dlg, "m_pHueSlider")->value(), 64);
+        QCOMPARE(test.Commands(), QStringList({"Dravo_SetColor(2, 0, 64, 64, 64, 9)",
+                                               "Dravo_SetColor(2, 0, 64, 64, 64, 64)"}));
     }
 
     void ResetPutsTheMiddleBack() {
@@ -113,6 +144,13 @@ class TestPlayerSettingPages : public QObject {
         QTest::newRow("hexadecimal") << "0x5" << strInvalid;
         QTest::newRow("full width") << QString::fromUtf8("５") << strInvalid;
         QTest::newRow("spaces") << "   " << strInvalid;
+        QTest::newRow("a space before") << " 5" << strInvalid;
+        QTest::newRow("a space after") << "5 " << strInvalid;
+        QTest::newRow("a full-width space") << QString::fromUtf8("\u3000") << strInvalid;
+        QTest::newRow("with a sign") << "+5" << strInvalid;
+        QTest::newRow("of 5,000 digits") << QString(5000, '9') << strInvalid;
+        QTest::newRow("with leading zeros") << "0007"
+                                            << "Dravo_SetPlayedTimeEx(2, 7000)";
     }
     void ATimeIsLookedFor() {
         QFETCH(QString, text);
@@ -125,6 +163,27 @@ class TestPlayerSettingPages : public QObject {
         const QString strBox = BoxShownBy([&] { bFound = dlg.TimeLocate(); });
         QCOMPARE(bFound ? test.Commands().join(' ') : strBox, expected);
         QCOMPARE(bFound, strBox.isEmpty());
+    }
+
+    void AWarningBelongsToTheDialogAndLeavesItOpen() {
+        CDlgTest test;
+        test.PlayInto(1);
+        CPlayerSetting dlg(&test.Dlg());
+        dlg.OnClickStaticText(3);
+        dlg.show();
+        Named<QLineEdit>(dlg, "m_pTimeLine")->clear();
+        const QWidget* pParent = nullptr;
+        bool bModal = false;
+        const CModalAnswer answer([&](QDialog* pBox) {
+            pParent = pBox->parentWidget();
+            bModal = pBox->isModal();
+            pBox->accept();
+        });
+        QTest::mouseClick(Named<QPushButton>(dlg, "m_pTimeButton"), Qt::LeftButton);
+        QCOMPARE(answer.Count(), 1);
+        QCOMPARE(pParent, &dlg);
+        QVERIFY(bModal);
+        QVERIFY(dlg.isVisible());
     }
 
     void AFrameIsLookedFor_data() {
@@ -143,6 +202,13 @@ class TestPlayerSettingPages : public QObject {
         QTest::newRow("letters") << "12a" << strInvalid;
         QTest::newRow("negative") << "-1" << strInvalid;
         QTest::newRow("huge") << "4294967296" << strInvalid;
+        QTest::newRow("the largest") << "4294967295" << strInvalid;
+        QTest::newRow("hexadecimal") << "0x5" << strInvalid;
+        QTest::newRow("hexadecimal digits") << "ff" << strInvalid;
+        QTest::newRow("full width") << QString::fromUtf8("５") << strInvalid;
+        QTest::newRow("spaces") << "   " << strInvalid;
+        QTest::newRow("a space before") << " 5" << strInvalid;
+        QTest::newRow("fraction") << "5.0" << strInvalid;
     }
     void AFrameIsLookedFor() {
         QFETCH(QString, text);
@@ -155,6 +221,16 @@ class TestPlayerSettingPages : public QObject {
         const QString strBox = BoxShownBy([&] { bFound = dlg.FrameLocate(); });
         QCOMPARE(bFound ? test.Commands().join(' ') : strBox, expected);
         QCOMPARE(bFound, strBox.isEmpty());
+    }
+
+    void TheFrameIsLookedForByItsButton() {
+        CDlgTest test;
+        test.PlayInto(1);
+        const CPlayerSetting dlg(&test.Dlg());
+        Named<QLineEdit>(dlg, "m_pTimeLine")->setText("7");
+        Named<QLineEdit>(dlg, "m_pFrameLine")->setText("125");
+        Named<QPushButton>(dlg, "m_pFrameButton")->click();
+        QCOMPARE(test.Commands(), QStringList("Dravo_SetPlayPos(2, 0.5)"));
     }
 
     void AStoppedOrClosedFileIsNotSearched_data() {
@@ -233,9 +309,13 @@ class TestPlayerSettingPages : public QObject {
         int nCells = 0;
         for (int nRow = 0; nRow < 15; ++nRow) {
             QStringList lstCells(pTable->verticalHeaderItem(nRow)->text());
+            if (!lstCells[0].isEmpty()) QCOMPARE(pTable->verticalHeaderItem(nRow)->font().pointSize(), 8);
             for (int nColumn = 0; nColumn < 3; ++nColumn) {
                 const QTableWidgetItem* pItem = pTable->item(nRow, nColumn);
-                if (pItem != nullptr) ++nCells;
+                if (pItem != nullptr) {
+                    ++nCells;
+                    QCOMPARE(pItem->font().pointSize(), 8);
+                }
                 lstCells.append(pItem != nullptr ? pItem->text() : "-");
             }
             lstRows.append(lstCells.join('|'));
@@ -247,6 +327,19 @@ class TestPlayerSettingPages : public QObject {
                               "Volume Increase|-|-|Up", "Volume Decrease|-|-|Down", "Go to Start|-|Ctrl|Left",
                               "Go to End|-|Ctrl|Right", "Open File|-|Ctrl|O", "Close File|-|Ctrl|C", "|-|-|-",
                               "|-|-|-", "|-|-|-", "|-|-|-"}));
+    }
+
+    void ADoubleClickOnTheKeyTableEditsNothing() {
+        CDlgTest test;
+        CPlayerSetting dlg(&test.Dlg());
+        dlg.OnClickStaticText(2);
+        dlg.show();
+        auto* pTable = Named<QTableWidget>(dlg, "m_pKeyTable");
+        QTest::mouseDClick(pTable->viewport(), Qt::LeftButton, {},
+                           pTable->visualItemRect(pTable->item(1, 2)).center());
+        QTest::keyClick(pTable, Qt::Key_F2);
+        QVERIFY(pTable->findChildren<QLineEdit*>().isEmpty());
+        QVERIFY(!pTable->isPersistentEditorOpen(pTable->item(1, 2)));
     }
 
     void EveryPageIsChineseWhenTheLanguageIs() {

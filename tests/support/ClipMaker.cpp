@@ -23,6 +23,10 @@ const char* MuxerName(const ClipOptions& options) {
         return "mov";
     case ClipContainer::Matroska:
         return "matroska";
+    case ClipContainer::Avi:
+        return "avi";
+    case ClipContainer::Flv:
+        return "flv";
     case ClipContainer::RawStream:
         break;
     }
@@ -47,7 +51,7 @@ void SetRotation(AVStream& stream, int degrees) {
     std::memcpy(data, matrix, sizeof matrix);
 }
 
-// One run of MakeClip.
+// One run of EncodeClip.
 class Maker {
   public:
     Maker(const std::string& path, const ClipOptions& options) : m_options(options) {
@@ -121,7 +125,13 @@ class Maker {
 
     void WriteFilm(std::unique_ptr<PictureTrack> pictures, SoundTrack* sound) {
         const AVRational unit = ClipTimeBase(m_options);
-        const PacketSink toPictures = [&](AVPacket& packet) { Write(packet, unit, *m_pictureStream); };
+        // Not every encoder hands durations on, and without the last one's the film ends before its picture.
+        std::map<std::int64_t, std::int64_t> durations;
+        const PacketSink toPictures = [&](AVPacket& packet) {
+            if (const auto known = durations.find(packet.pts); known != durations.end())
+                packet.duration = known->second;
+            Write(packet, unit, *m_pictureStream);
+        };
         const PacketSink toSound = [&](AVPacket& packet) { Write(packet, {1, 48000}, *m_soundStream); };
         std::int64_t time = FirstTime();
         std::size_t nextChange = 0;
@@ -136,6 +146,7 @@ class Maker {
             const int number =
                 frame < 0 ? kHiddenNumber + m_options.hiddenFrames + frame : m_options.firstNumber + frame;
             const std::int64_t duration = Duration(frame < 0 ? -frame - 1 : frame);
+            durations[time] = duration;
             pictures->Encode(number, time, duration, toPictures);
             time += duration;
             if (sound != nullptr) sound->EncodeUntil(static_cast<double>(time) * av_q2d(unit), toSound);
@@ -158,7 +169,7 @@ class Maker {
 
 } // namespace
 
-void MakeClip(const std::string& path, const ClipOptions& options) {
+void EncodeClip(const std::string& path, const ClipOptions& options) {
     Maker(path, options).Make();
 }
 

@@ -18,6 +18,8 @@ enum class ClipContainer {
     FragmentedMp4, // a fragment a key picture
     Mov,
     Matroska,
+    Avi,
+    Flv,
     RawStream, // the codec's elementary stream: Annex B for H.264 and HEVC
 };
 
@@ -77,6 +79,9 @@ inline constexpr int kHiddenNumber = 900000;
 
 // Writes the clip to `path`, over what is there. Throws std::runtime_error with a text when an encoder or a
 // container cannot do what is asked.
+void EncodeClip(const std::string& path, const ClipOptions& options = {});
+
+// The same, but a clip that this build's tests have asked for before is copied from the build folder.
 void MakeClip(const std::string& path, const ClipOptions& options = {});
 
 // Whether this machine's libavcodec has the encoder.

@@ -19,6 +19,20 @@ namespace {
 
 constexpr auto kStartLimit = 20s;
 
+// The tone's share by correlation with a sine and a cosine of its frequency; 0 of nothing.
+double LevelOf(double hertz, const std::vector<std::int16_t>& samples) {
+    if (samples.empty()) return 0.0;
+    double sine = 0.0;
+    double cosine = 0.0;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const double angle =
+            2 * std::numbers::pi * hertz * static_cast<double>(i) / SoundRecorder::kSampleRate;
+        sine += samples[i] / 32768.0 * std::sin(angle);
+        cosine += samples[i] / 32768.0 * std::cos(angle);
+    }
+    return 2 * std::hypot(sine, cosine) / static_cast<double>(samples.size());
+}
+
 } // namespace
 
 PulseServer::PulseServer(At state) {
@@ -95,26 +109,40 @@ SoundRecorder::SoundRecorder()
 }
 
 std::vector<std::int16_t> SoundRecorder::Heard() const {
+    std::error_code none; // so long as the recording program has not made its file
+    const auto size = std::filesystem::file_size(m_file, none);
+    if (none) return {};
+    std::vector<std::int16_t> samples(size / 2);
     std::ifstream file(m_file, std::ios::binary);
-    const std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-    std::vector<std::int16_t> samples(bytes.size() / 2);
-    std::copy_n(bytes.data(), samples.size() * 2, static_cast<char*>(static_cast<void*>(samples.data())));
+    file.read(static_cast<char*>(static_cast<void*>(samples.data())),
+              static_cast<std::streamsize>(samples.size() * 2));
+    samples.resize(static_cast<std::size_t>(file.gcount()) / 2);
     return samples;
 }
 
-// The tone's share by correlation with a sine and a cosine of its frequency.
-double SoundRecorder::ToneLevel(double hertz, std::chrono::milliseconds window) const {
-    const std::vector<std::int16_t> samples = Heard();
+std::vector<std::int16_t> SoundRecorder::Last(std::chrono::milliseconds window) const {
+    std::vector<std::int16_t> samples = Heard();
     const auto wanted = static_cast<std::size_t>(window.count() * kSampleRate / 1000);
-    if (samples.size() < wanted || wanted == 0) return 0;
-    double sine = 0;
-    double cosine = 0;
-    for (std::size_t i = samples.size() - wanted; i < samples.size(); ++i) {
-        const double angle = 2 * std::numbers::pi * hertz * static_cast<double>(i) / kSampleRate;
-        sine += samples[i] / 32768.0 * std::sin(angle);
-        cosine += samples[i] / 32768.0 * std::cos(angle);
+    if (samples.size() < wanted) return {};
+    samples.erase(samples.begin(), samples.end() - static_cast<std::ptrdiff_t>(wanted));
+    return samples;
+}
+
+double SoundRecorder::ToneLevel(double hertz, std::chrono::milliseconds window) const {
+    return LevelOf(hertz, Last(window));
+}
+
+double SoundRecorder::StrongestHertz(double least, std::chrono::milliseconds window) const {
+    const std::vector<std::int16_t> samples = Last(window);
+    double strongest = 0.0;
+    double level = least;
+    for (double hertz = 100.0; hertz < 2000.0; hertz += 4.0) {
+        const double here = LevelOf(hertz, samples);
+        if (here <= level) continue;
+        level = here;
+        strongest = hertz;
     }
-    return 2 * std::hypot(sine, cosine) / static_cast<double>(wanted);
+    return strongest;
 }
 
 bool SoundRecorder::WaitForTone(double hertz, double level, std::chrono::milliseconds limit) const {
@@ -124,11 +152,10 @@ bool SoundRecorder::WaitForTone(double hertz, double level, std::chrono::millise
 bool SoundRecorder::WaitForSilence(double level, std::chrono::milliseconds window,
                                    std::chrono::milliseconds limit) const {
     const auto silent = [&] {
-        const std::vector<std::int16_t> samples = Heard();
-        const auto wanted = static_cast<std::ptrdiff_t>(window.count() * kSampleRate / 1000);
-        if (static_cast<std::ptrdiff_t>(samples.size()) < wanted) return false;
-        return std::all_of(samples.end() - wanted, samples.end(),
-                           [&](std::int16_t sample) { return std::abs(sample) <= level * 32768; });
+        const std::vector<std::int16_t> samples = Last(window);
+        return !samples.empty() && std::all_of(samples.begin(), samples.end(), [&](std::int16_t sample) {
+            return std::abs(sample) <= level * 32768;
+        });
     };
     return WaitUntil(silent, limit, 20ms);
 }

@@ -57,6 +57,8 @@ class SoundRecorder {
     std::vector<std::int16_t> Heard() const;
     // How loud a tone is in the last `window` of what was heard: about the tone's amplitude, 0 to 1.
     double ToneLevel(double hertz, std::chrono::milliseconds window) const;
+    // The loudest tone from 100 to 2000 Hz in the last `window`, to 4 Hz; 0 when none is louder than `least`.
+    double StrongestHertz(double least, std::chrono::milliseconds window) const;
     // Waits until the tone is at least that loud.
     bool WaitForTone(double hertz, double level, std::chrono::milliseconds limit) const;
     // Waits until the last `window` is silent but for at most `level`.
@@ -64,6 +66,9 @@ class SoundRecorder {
                         std::chrono::milliseconds limit) const;
 
   private:
+    // The last `window` of what was heard; nothing while that is shorter.
+    std::vector<std::int16_t> Last(std::chrono::milliseconds window) const;
+
     TemporaryFolder m_folder;
     std::string m_file;
     ChildProcess m_program;

@@ -25,7 +25,7 @@ constexpr const char* kUsage =
     "  key-interval b-frames              whole numbers; b-pyramid=1 open-gop=1\n"
     "  scan=progressive|top|bottom        field order\n"
     "  aspect=N/D rotation=0|90|180|270\n"
-    "  container=mp4|fragmented|mov|mkv|raw   told by FILE's ending when not given\n"
+    "  container=mp4|fragmented|mov|mkv|flv|raw   told by FILE's ending when not given\n"
     "  start-delay=MS hidden-frames=N sound=1 tone=HERTZ\n";
 
 int Number(const std::string& text) {
@@ -43,10 +43,11 @@ void Fraction(const std::string& text, int& numerator, int& denominator) {
 
 ClipContainer ContainerNamed(const std::string& name) {
     static const std::map<std::string, ClipContainer> containers = {
-        {"mp4", ClipContainer::Mp4},        {"fragmented", ClipContainer::FragmentedMp4},
-        {"mov", ClipContainer::Mov},        {"mkv", ClipContainer::Matroska},
-        {"raw", ClipContainer::RawStream},  {"264", ClipContainer::RawStream},
-        {"h264", ClipContainer::RawStream}, {"265", ClipContainer::RawStream},
+        {"mp4", ClipContainer::Mp4},       {"fragmented", ClipContainer::FragmentedMp4},
+        {"mov", ClipContainer::Mov},       {"mkv", ClipContainer::Matroska},
+        {"flv", ClipContainer::Flv},       {"raw", ClipContainer::RawStream},
+        {"264", ClipContainer::RawStream}, {"h264", ClipContainer::RawStream},
+        {"265", ClipContainer::RawStream},
     };
     const auto found = containers.find(name);
     if (found == containers.end()) throw std::invalid_argument("no container " + name);
@@ -116,7 +117,7 @@ int main(int argc, char** argv) {
             if (equals == std::string::npos) throw std::invalid_argument("not NAME=VALUE: " + argument);
             Set(options, argument.substr(0, equals), argument.substr(equals + 1));
         }
-        support::MakeClip(path, options);
+        support::EncodeClip(path, options);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "make_clip: %s\n%s", error.what(), kUsage);
         return 1;

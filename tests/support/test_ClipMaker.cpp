@@ -9,6 +9,9 @@ extern "C" {
 }
 
 #include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
 #include <numeric>
 
 using support::ClipContainer;
@@ -117,7 +120,7 @@ std::vector<int> Range(int from, int count) {
 class ClipMaker : public testing::Test {
   protected:
     SeenClip MakeAndLook(const std::string& name, const ClipOptions& options) {
-        support::MakeClip(m_folder / name, options);
+        support::EncodeClip(m_folder / name, options);
         return Look(m_folder / name);
     }
 
@@ -321,12 +324,33 @@ TEST_F(ClipMaker, SoundIsAsLongAsTheFilm) {
     EXPECT_NEAR(seen.soundSeconds, 4.0, 0.1);
 }
 
+TEST_F(ClipMaker, AStoredClipIsTheEncodedOne) {
+    const auto content = [this](const std::string& name) {
+        std::ifstream file(m_folder / name, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    };
+    ClipOptions options;
+    options.frames = 7;
+    support::EncodeClip(m_folder / "encoded", options);
+    for (const char* name : {"first", "second"}) {
+        support::MakeClip(m_folder / name, options);
+        EXPECT_EQ(content(name), content("encoded"));
+    }
+    // A test may change its copy.
+    std::ofstream(m_folder / "first") << "changed";
+    support::MakeClip(m_folder / "first", options);
+    EXPECT_EQ(content("first"), content("encoded"));
+    options.firstNumber = 1;
+    support::MakeClip(m_folder / "other", options);
+    EXPECT_NE(content("other"), content("encoded"));
+}
+
 TEST_F(ClipMaker, WhatCannotBeMadeIsRefused) {
     ClipOptions options;
     options.codec = "no-such-encoder";
-    EXPECT_THROW(support::MakeClip(m_folder / "a.mp4", options), std::runtime_error);
+    EXPECT_THROW(support::EncodeClip(m_folder / "a.mp4", options), std::runtime_error);
     options = ClipOptions();
     options.codecOptions["no-such-option"] = "1";
-    EXPECT_THROW(support::MakeClip(m_folder / "a.mp4", options), std::runtime_error);
-    EXPECT_THROW(support::MakeClip("/nonexistent/a.mp4"), std::runtime_error);
+    EXPECT_THROW(support::EncodeClip(m_folder / "a.mp4", options), std::runtime_error);
+    EXPECT_THROW(support::EncodeClip("/nonexistent/a.mp4"), std::runtime_error);
 }

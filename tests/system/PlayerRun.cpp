@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <fstream>
 #include <stdexcept>
 
@@ -22,8 +23,9 @@ constexpr const char* kChooserTitle = "Open File";
 
 PlayerRun::PlayerRun(Desktop& desktop, const Setup& setup) : m_desktop(desktop), m_screen(desktop.Display()) {
     if (!setup.settings.empty()) std::ofstream(Folder() / "Player.config") << setup.settings;
+    if (setup.prepare) setup.prepare(Folder());
     ChildProcess::Setup process;
-    process.environment = desktop.Environment();
+    process.environment = setup.readsTexts ? desktop.TellingEnvironment() : desktop.Environment();
     process.workingDirectory = Folder();
     if (setup.user) {
         // A folder that this user may write; the desktop's own is closed to others.
@@ -35,7 +37,7 @@ PlayerRun::PlayerRun(Desktop& desktop, const Setup& setup) : m_desktop(desktop),
         process.user = setup.user;
     }
     const auto started = std::chrono::steady_clock::now();
-    m_process = ChildProcess::Start({TALVIO_PROGRAM}, process);
+    m_process = ChildProcess::Start({setup.program.empty() ? TALVIO_PROGRAM : setup.program}, process);
     const bool isShown = WaitUntil(
         [&] {
             const auto windows = m_screen.WindowsTitled(kMainTitle);
@@ -46,9 +48,13 @@ PlayerRun::PlayerRun(Desktop& desktop, const Setup& setup) : m_desktop(desktop),
     m_startMilliseconds =
         std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - started).count();
     if (!isShown || m_window == 0) throw std::runtime_error("no window of the player: " + m_process.Output());
-    Xdotool({"windowactivate", "--sync", std::to_string(m_window)});
-    // Away from the places where hovering shows something.
-    Xdotool({"mousemove", "1270", "1015"});
+    if (desktop.HasWindowManager()) {
+        Xdotool({"windowactivate", "--sync", std::to_string(m_window)});
+    } else {
+        Xdotool({"windowfocus", "--sync", std::to_string(m_window)});
+    }
+    MoveAway();
+    if (setup.readsTexts) m_texts.emplace(desktop.SessionBus(), m_process.Pid());
 }
 
 void PlayerRun::Xdotool(const std::vector<std::string>& arguments) {
@@ -57,7 +63,11 @@ void PlayerRun::Xdotool(const std::vector<std::string>& arguments) {
     ChildProcess::Setup setup;
     setup.environment = m_desktop.Environment();
     const auto result = ChildProcess::Run(command, 20s, setup);
-    if (result.exitCode != 0) throw std::runtime_error("xdotool failed: " + result.output);
+    if (result.exitCode == 0) return;
+    std::string text;
+    for (const std::string& word : command)
+        text += word + ' ';
+    throw std::runtime_error("failed: " + text + result.output);
 }
 
 void PlayerRun::Key(const std::string& keys) {
@@ -68,16 +78,110 @@ void PlayerRun::Type(const std::string& text) {
     Xdotool({"type", "--clearmodifiers", "--delay", "4", text});
 }
 
+void PlayerRun::HoldKey(const std::string& key) {
+    Xdotool({"keydown", key});
+}
+
+void PlayerRun::LetKeyGo(const std::string& key) {
+    Xdotool({"keyup", key});
+}
+
+void PlayerRun::ClickTimes(int times, int x, int y, int button) {
+    Xdotool({"mousemove", std::to_string(x), std::to_string(y), "click", "--repeat", std::to_string(times),
+             "--delay", "60", std::to_string(button)});
+}
+
 void PlayerRun::Click(int x, int y, int button) {
     const Area area = MainArea();
-    Xdotool({"mousemove", "--sync", std::to_string(area.x + x), std::to_string(area.y + y), "click",
-             std::to_string(button)});
+    ClickTimes(1, area.x + x, area.y + y, button);
 }
 
 void PlayerRun::DoubleClick(int x, int y) {
     const Area area = MainArea();
-    Xdotool({"mousemove", "--sync", std::to_string(area.x + x), std::to_string(area.y + y), "click",
-             "--repeat", "2", "--delay", "60", "1"});
+    ClickTimes(2, area.x + x, area.y + y, 1);
+}
+
+void PlayerRun::MoveTo(int x, int y) {
+    const Area area = MainArea();
+    Xdotool({"mousemove", std::to_string(area.x + x), std::to_string(area.y + y)});
+}
+
+void PlayerRun::Press(int x, int y, int button) {
+    MoveTo(x, y);
+    Xdotool({"mousedown", std::to_string(button)});
+}
+
+void PlayerRun::Release(int button) {
+    Xdotool({"mouseup", std::to_string(button)});
+}
+
+void PlayerRun::Drag(int x, int y, int dx, int dy, int button) {
+    constexpr int kSteps = 5;
+    const Area area = MainArea();
+    const auto place = [&](int step) {
+        return std::vector<std::string>{"mousemove", std::to_string(area.x + x + dx * step / kSteps),
+                                        std::to_string(area.y + y + dy * step / kSteps)};
+    };
+    std::vector<std::string> command = place(0);
+    command.insert(command.end(), {"mousedown", std::to_string(button)});
+    for (int step = 1; step <= kSteps; ++step) {
+        const std::vector<std::string> move = place(step);
+        command.insert(command.end(), move.begin(), move.end());
+        command.insert(command.end(), {"sleep", "0.03"});
+    }
+    command.insert(command.end(), {"mouseup", std::to_string(button)});
+    Xdotool(command);
+}
+
+void PlayerRun::MoveAway() {
+    const Area screen = m_screen.Screen();
+    Xdotool({"mousemove", std::to_string(screen.width - 10), std::to_string(screen.height - 9)});
+}
+
+void PlayerRun::Restore() {
+    Xdotool({"windowactivate", "--sync", std::to_string(m_window)});
+}
+
+void PlayerRun::ForceSize(int width, int height) {
+    Xdotool({"windowsize", std::to_string(m_window), std::to_string(width), std::to_string(height)});
+}
+
+void PlayerRun::ChooseInContextMenu(const std::vector<std::string>& keys) {
+    const Area area = MainArea();
+    Click((area.width - 180) / 2, area.height / 2, 3);
+    for (const std::string& key : keys)
+        Key(key);
+}
+
+void PlayerRun::PointAt(const Area& place) {
+    Xdotool(
+        {"mousemove", std::to_string(place.x + place.width / 2), std::to_string(place.y + place.height / 2)});
+}
+
+void PlayerRun::ClickAt(const Area& place, int button) {
+    ClickTimes(1, place.x + place.width / 2, place.y + place.height / 2, button);
+}
+
+void PlayerRun::DoubleClickAt(const Area& place) {
+    ClickTimes(2, place.x + place.width / 2, place.y + place.height / 2, 1);
+}
+
+void PlayerRun::PressButton(const std::string& button) {
+    const Area place = Texts().PlaceOfButton(button);
+    if (place.width == 0) throw std::runtime_error("no button " + button);
+    ClickAt(place);
+}
+
+void PlayerRun::ChooseInMenu(int entry) {
+    const bool isOpen = WaitUntil([&] { return m_screen.IsMenuOpen(); }, 15s, 5ms);
+    if (!isOpen) throw std::runtime_error("no menu opened");
+    const std::string key = entry < 0 ? "Up" : "Down";
+    std::vector<std::string> arguments = {"key", "--clearmodifiers"};
+    arguments.insert(arguments.end(), static_cast<std::size_t>(std::abs(entry)), key);
+    arguments.emplace_back("Return");
+    Xdotool(arguments);
+    if (!WaitUntil([&] { return !m_screen.IsMenuOpen(); }, 15s, 5ms))
+        throw std::runtime_error("the menu stays open");
 }
 
 bool PlayerRun::ShowChooser() {
@@ -86,7 +190,8 @@ bool PlayerRun::ShowChooser() {
     const auto windows = m_screen.WindowsTitled(kChooserTitle);
     if (windows.empty()) return false;
     // Keys go to the window that has the focus: it must be the chooser before anything is typed.
-    Xdotool({"windowactivate", "--sync", std::to_string(windows.front())});
+    Xdotool({m_desktop.HasWindowManager() ? "windowactivate" : "windowfocus", "--sync",
+             std::to_string(windows.front())});
     return true;
 }
 
@@ -106,7 +211,7 @@ bool PlayerRun::OpenFirstListed() {
     const auto windows = m_screen.WindowsTitled(kChooserTitle);
     const Area chooser = windows.empty() ? Area() : m_screen.AreaOf(windows.front());
     // Below the list's header, right of the places' column.
-    Xdotool({"mousemove", "--sync", std::to_string(chooser.x + 166), std::to_string(chooser.y + 71), "click",
+    Xdotool({"mousemove", std::to_string(chooser.x + 166), std::to_string(chooser.y + 71), "click",
              "--repeat", "2", "--delay", "60", "1"});
     return WaitForChooserToGo();
 }
@@ -155,6 +260,10 @@ bool PlayerRun::WaitForNoWindow(const std::string& title, std::chrono::milliseco
 
 Area PlayerRun::MainArea() {
     return m_screen.AreaOf(m_window);
+}
+
+bool PlayerRun::WaitForArea(const Area& area, std::chrono::milliseconds limit) {
+    return WaitUntil([&] { return MainArea() == area; }, limit, 5ms);
 }
 
 std::vector<std::filesystem::path> PlayerRun::Captures() const {

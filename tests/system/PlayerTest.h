@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 namespace system_tests {
 
@@ -47,6 +48,9 @@ class TestedPlayer : public PlayerRun {
 
 class PlayerTest : public testing::Test {
   protected:
+    PlayerTest() = default;
+    explicit PlayerTest(const Desktop::Setup& desktop) : m_desktop(desktop) {}
+
     // A clip of 500 pictures, 20 s, with sound and B pictures, in a folder of its own.
     std::string MakeFilm(const std::string& name = "film.mp4") {
         support::ClipOptions options;
@@ -55,6 +59,16 @@ class PlayerTest : public testing::Test {
         options.frames = kFrames;
         options.bFrames = 2;
         options.sound = true;
+        return Make(name, options);
+    }
+
+    // A clip of a second or so that shows numbers from `firstNumber` on.
+    std::string MakeShort(const std::string& name, int firstNumber = 0, int frames = 30) {
+        support::ClipOptions options;
+        options.width = 640;
+        options.height = 360;
+        options.frames = frames;
+        options.firstNumber = firstNumber;
         return Make(name, options);
     }
 
@@ -70,14 +84,41 @@ class PlayerTest : public testing::Test {
     Desktop m_desktop;
 };
 
-// Puts the capture command of the video's context menu to work: the fourth entry from the end, by keyboard.
-inline void CaptureByMenu(PlayerRun& player) {
+// Commands of the video's context menu.
+inline void ChooseFromVideoMenu(PlayerRun& player, int entry) {
+    player.ClickAt(player.PictureArea(), 3);
+    player.ChooseInMenu(entry);
+}
+
+// Chooses play mode 1 to 4 from the menu of the playlist's button.
+inline void ChoosePlayMode(PlayerRun& player, int mode) {
+    player.PressButton("Select the Play Modes");
+    player.ChooseInMenu(mode);
+}
+
+// The playlist from top to bottom.
+inline std::vector<std::string> NamesIn(PlayerRun& player) {
+    std::vector<std::string> names;
+    for (const auto& entry : player.Texts().Playlist())
+        names.push_back(entry.name);
+    return names;
+}
+
+// Drags a row of the playlist by hand to a place of the screen.
+inline void DragRow(PlayerRun& player, std::size_t row, int x, int y) {
+    const Area from = player.Texts().Playlist().at(row).place;
     const Area main = player.MainArea();
-    const Area picture = player.PictureArea();
-    player.Click(picture.x - main.x + picture.width / 2, picture.y - main.y + picture.height / 2, 3);
-    for (int i = 0; i < 4; ++i)
-        player.Key("Up");
-    player.Key("Return");
+    const int startX = from.x + from.width / 2;
+    const int startY = from.y + from.height / 2;
+    player.Drag(startX - main.x, startY - main.y, x - startX, y - startY);
+}
+
+inline void CaptureByMenu(PlayerRun& player) {
+    ChooseFromVideoMenu(player, -4);
+}
+
+inline void ToggleContinuousCapture(PlayerRun& player) {
+    ChooseFromVideoMenu(player, -3);
 }
 
 } // namespace system_tests

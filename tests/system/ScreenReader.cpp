@@ -3,7 +3,9 @@
 #include "tests/support/BarCode.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <stdexcept>
 
@@ -65,6 +67,34 @@ void ScreenReader::Collect(xcb_window_t window, const std::string& title, std::v
     }
 }
 
+// A menu lies on the screen without a window manager's help, as tips and dragged things do, which say what
+// they are.
+std::vector<Area> ScreenReader::OpenMenus() {
+    const xcb_atom_t kind = Atom("_NET_WM_WINDOW_TYPE");
+    const xcb_atom_t plain = Atom("_NET_WM_WINDOW_TYPE_NORMAL");
+    const auto isMenu = [&](xcb_window_t window) {
+        const ReplyHandle<xcb_get_property_reply_t> property(xcb_get_property_reply(
+            m_connection, xcb_get_property(m_connection, 0, window, kind, XCB_ATOM_ATOM, 0, 8), nullptr));
+        if (!property || !IsUnmanaged(window)) return false;
+        const auto* first = static_cast<const xcb_atom_t*>(xcb_get_property_value(property.get()));
+        const auto* last =
+            first + static_cast<std::size_t>(xcb_get_property_value_length(property.get())) / sizeof(*first);
+        return std::find(first, last, plain) != last;
+    };
+    std::vector<Area> menus;
+    for (const xcb_window_t window : VisibleChildren(m_root)) {
+        if (isMenu(window)) menus.push_back(AreaOf(window));
+    }
+    return menus;
+}
+
+xcb_atom_t ScreenReader::Atom(const std::string& name) {
+    const ReplyHandle<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
+        m_connection, xcb_intern_atom(m_connection, 0, static_cast<std::uint16_t>(name.size()), name.c_str()),
+        nullptr));
+    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+}
+
 Area ScreenReader::AreaOf(xcb_window_t window) {
     const ReplyHandle<xcb_get_geometry_reply_t> geometry(
         xcb_get_geometry_reply(m_connection, xcb_get_geometry(m_connection, window), nullptr));
@@ -72,6 +102,97 @@ Area ScreenReader::AreaOf(xcb_window_t window) {
         m_connection, xcb_translate_coordinates(m_connection, window, m_root, 0, 0), nullptr));
     if (!geometry || !place) return {};
     return {place->dst_x, place->dst_y, geometry->width, geometry->height};
+}
+
+std::vector<Area> ScreenReader::AreasIn(xcb_window_t window) {
+    std::vector<Area> areas;
+    for (const xcb_window_t child : VisibleChildren(window)) {
+        areas.push_back(AreaOf(child));
+        const std::vector<Area> inner = AreasIn(child);
+        areas.insert(areas.end(), inner.begin(), inner.end());
+    }
+    return areas;
+}
+
+Shot ScreenReader::Take(const Area& area) {
+    const ReplyHandle<xcb_get_image_reply_t> image(xcb_get_image_reply(
+        m_connection,
+        xcb_get_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root, static_cast<std::int16_t>(area.x),
+                      static_cast<std::int16_t>(area.y), static_cast<std::uint16_t>(area.width),
+                      static_cast<std::uint16_t>(area.height), ~0U),
+        nullptr));
+    if (!image) return {};
+    Shot shot;
+    shot.area = area;
+    shot.pixels.resize(static_cast<std::size_t>(area.width) * static_cast<std::size_t>(area.height));
+    std::memcpy(shot.pixels.data(), xcb_get_image_data(image.get()),
+                shot.pixels.size() * sizeof shot.pixels[0]);
+    for (std::uint32_t& pixel : shot.pixels)
+        pixel &= 0xFFFFFFU;
+    return shot;
+}
+
+std::uint32_t ScreenReader::PixelAt(int x, int y) {
+    const Shot shot = Take({x, y, 1, 1});
+    return shot.pixels.empty() ? 0xFF000000U : shot.pixels.front();
+}
+
+std::vector<std::string> ScreenReader::StatesOf(xcb_window_t window) {
+    const ReplyHandle<xcb_intern_atom_reply_t> state(
+        xcb_intern_atom_reply(m_connection, xcb_intern_atom(m_connection, 0, 13, "_NET_WM_STATE"), nullptr));
+    if (!state) return {};
+    const ReplyHandle<xcb_get_property_reply_t> property(xcb_get_property_reply(
+        m_connection, xcb_get_property(m_connection, 0, window, state->atom, XCB_ATOM_ATOM, 0, 64), nullptr));
+    std::vector<std::string> names;
+    if (!property) return names;
+    const auto* atoms = static_cast<const xcb_atom_t*>(xcb_get_property_value(property.get()));
+    for (std::uint32_t i = 0; i < property->value_len; ++i) {
+        const ReplyHandle<xcb_get_atom_name_reply_t> name(
+            xcb_get_atom_name_reply(m_connection, xcb_get_atom_name(m_connection, atoms[i]), nullptr));
+        if (!name) continue;
+        names.emplace_back(xcb_get_atom_name_name(name.get()),
+                           static_cast<std::size_t>(xcb_get_atom_name_name_length(name.get())));
+    }
+    return names;
+}
+
+bool ScreenReader::HasKeyboard(xcb_window_t window) {
+    const ReplyHandle<xcb_get_input_focus_reply_t> focus(
+        xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
+    xcb_window_t inner = focus ? focus->focus : XCB_NONE;
+    while (inner > XCB_INPUT_FOCUS_POINTER_ROOT && inner != window && inner != m_root) {
+        const ReplyHandle<xcb_query_tree_reply_t> tree(
+            xcb_query_tree_reply(m_connection, xcb_query_tree(m_connection, inner), nullptr));
+        inner = tree ? tree->parent : XCB_NONE;
+    }
+    return inner == window;
+}
+
+bool ScreenReader::IsButtonDown() {
+    const ReplyHandle<xcb_query_pointer_reply_t> pointer(
+        xcb_query_pointer_reply(m_connection, xcb_query_pointer(m_connection, m_root), nullptr));
+    return pointer && (pointer->mask & XCB_KEY_BUT_MASK_BUTTON_1) != 0;
+}
+
+xcb_window_t ScreenReader::Cover(const Area& area) {
+    constexpr std::uint32_t kOwnPlace = 1U | 4U; // the user's and the program's wish for a place: it is kept
+    const xcb_window_t window = xcb_generate_id(m_connection);
+    const std::uint32_t background = 0x804020;
+    xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, window, m_root, static_cast<std::int16_t>(area.x),
+                      static_cast<std::int16_t>(area.y), static_cast<std::uint16_t>(area.width),
+                      static_cast<std::uint16_t>(area.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                      XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL, &background);
+    const std::array<std::uint32_t, 18> hints{kOwnPlace};
+    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NORMAL_HINTS,
+                        XCB_ATOM_WM_SIZE_HINTS, 32, hints.size(), hints.data());
+    xcb_map_window(m_connection, window);
+    xcb_flush(m_connection);
+    return window;
+}
+
+void ScreenReader::Uncover(xcb_window_t window) {
+    xcb_destroy_window(m_connection, window);
+    xcb_flush(m_connection);
 }
 
 int ScreenReader::NumberShown(xcb_window_t window, int pictureWidth, int pictureHeight) {
@@ -102,9 +223,19 @@ std::vector<xcb_window_t> ScreenReader::VisibleChildren(xcb_window_t window) {
 }
 
 bool ScreenReader::IsVisible(xcb_window_t window) {
-    const ReplyHandle<xcb_get_window_attributes_reply_t> attributes(xcb_get_window_attributes_reply(
-        m_connection, xcb_get_window_attributes(m_connection, window), nullptr));
+    const ReplyHandle<xcb_get_window_attributes_reply_t> attributes(Attributes(window));
     return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+}
+
+bool ScreenReader::IsUnmanaged(xcb_window_t window) {
+    const ReplyHandle<xcb_get_window_attributes_reply_t> attributes(Attributes(window));
+    return attributes && attributes->override_redirect != 0;
+}
+
+// The caller frees it.
+xcb_get_window_attributes_reply_t* ScreenReader::Attributes(xcb_window_t window) {
+    return xcb_get_window_attributes_reply(m_connection, xcb_get_window_attributes(m_connection, window),
+                                           nullptr);
 }
 
 std::string ScreenReader::TitleOf(xcb_window_t window) {

@@ -2,6 +2,8 @@
 #include "tests/system/PlayerTest.h"
 
 #include <cmath>
+#include <fstream>
+#include <iterator>
 
 using namespace system_tests;
 
@@ -156,4 +158,23 @@ TEST_F(Playing, ClosingTheWindowWhilePlayingEndsTheProgramAndKeepsTheSettings) {
     ASSERT_TRUE(player.WaitForAtLeast(5));
     EXPECT_EQ(player.Close(), 0) << player.Process().Output();
     EXPECT_TRUE(std::filesystem::exists(player.Folder() / "Player.config"));
+}
+
+TEST_F(Playing, TheScreenGoingAwayEndsTheProgramAndLeavesTheSettingsWhole) {
+    PlayerRun::Setup setup;
+    setup.settings = Settings().Text();
+    PlayerRun player(m_desktop, setup);
+    ASSERT_TRUE(player.Open(MakeFilm()));
+    ASSERT_TRUE(player.WaitForAtLeast(5));
+    const auto settings = [&] {
+        std::ifstream file(player.Folder() / "Player.config", std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    const std::string before = settings();
+    ASSERT_FALSE(before.empty());
+    m_desktop.KillServer();
+    const std::optional<int> code = player.Process().WaitForExit(20s);
+    ASSERT_TRUE(code) << "it runs on without a screen";
+    EXPECT_LT(*code, 128) << player.Process().Output();
+    EXPECT_EQ(settings(), before);
 }

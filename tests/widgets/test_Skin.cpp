@@ -80,6 +80,18 @@ class SkinTest : public QObject {
             for (const QString& strName : Names(group.pNames)) {
                 const QImage image(Path(strName));
                 QVERIFY2(image.size() == group.szWidget, qPrintable(strName));
+                // Finer ones for screens of up to 400 %, which style sheets find by their names. The handles
+                // are shown at nearly twice their size. The grooves are cut in pixels at every scale.
+                if (strName.contains("thumb")) {
+                    for (int nScreen = 2; nScreen <= 4; ++nScreen) {
+                        const QImage fine(Path(QString("%1@%2x").arg(strName).arg(nScreen)));
+                        QVERIFY2(fine.size() == group.szWidget * nScreen * 2, qPrintable(strName));
+                    }
+                } else {
+                    const QImage fine(Path(strName + "@2x"));
+                    QVERIFY2(fine.height() == group.szWidget.height() * 2, qPrintable(strName));
+                    QVERIFY2(fine.width() >= group.szWidget.width() * 3 / 2, qPrintable(strName));
+                }
             }
         }
     }
@@ -129,6 +141,10 @@ class SkinTest : public QObject {
         for (const Group& group : g_aSliders) {
             for (const QString& strName : Names(group.pNames)) {
                 setNamed.insert(strName);
+                setNamed.insert(strName + "@2x");
+                if (!strName.contains("thumb")) continue;
+                setNamed.insert(strName + "@3x");
+                setNamed.insert(strName + "@4x");
             }
         }
         for (const QString& strName : Names(g_pGrounds)) {

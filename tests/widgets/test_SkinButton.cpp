@@ -3,6 +3,9 @@
 #include "widgets/SkinButton.h"
 
 #include <QAccessible>
+#include <QBackingStore>
+#include <QEnterEvent>
+#include <QFile>
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QTest>
@@ -59,10 +62,24 @@ class SkinButtonTest : public QObject {
         QVERIFY(Shown().pixelColor(20, 15) != QColor(Qt::red));
     }
 
+    void aBrokenImageLeavesThePlainButton() {
+        QTemporaryDir dir;
+        const QImage plain = PlainButton();
+        for (const char* pContent : {"", "BM", "BM this is no image at all, whatever it begins with"}) {
+            QFile file(dir.filePath("broken.bmp"));
+            QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+            file.write(pContent);
+            file.close();
+            m_pButton->SetBitMap(file.fileName(), file.fileName(), file.fileName());
+            QCOMPARE(Shown(), plain);
+        }
+    }
+
     void settingImagesRepaintsAtOnce() {
         CPaintCounter counter(m_pButton);
         m_pButton->SetBitMap(m_images.Path(Qt::cyan), m_images.Path(Qt::green), m_images.Path(Qt::blue));
         QCOMPARE(counter.Taken(), 1); // without any return to the event loop
+        QCOMPARE(OnScreen(), QColor(Qt::cyan));
     }
 
     void enteringShowsTheHoverImageAndThePointingHand() {
@@ -70,6 +87,18 @@ class SkinButtonTest : public QObject {
         QApplication::processEvents();
         QCOMPARE(Shown().pixelColor(20, 15), QColor(Qt::green));
         QCOMPARE(m_pButton->cursor().shape(), Qt::PointingHandCursor);
+    }
+
+    // Without any return to the event loop in between.
+    void enteringShowsTheHoverImageAtOnceAndLeavingKeepsIt() {
+        QCOMPARE(OnScreen(), QColor(Qt::red));
+        Enter();
+        QCOMPARE(OnScreen(), QColor(Qt::green));
+        QEvent leave(QEvent::Leave);
+        QApplication::sendEvent(m_pButton, &leave);
+        QCOMPARE(OnScreen(), QColor(Qt::green));
+        m_pButton->repaint();
+        QCOMPARE(OnScreen(), QColor(Qt::red));
     }
 
     void leavingPutsTheArrowBackButDoesNotRepaint() {
@@ -103,12 +132,17 @@ class SkinButtonTest : public QObject {
         QCOMPARE(Shown().pixelColor(20, 15), QColor(Qt::green));
     }
 
-    void pressAndReleaseRepaintAtOnce() {
-        CPaintCounter counter(m_pButton);
+    // Each change is on the screen before anybody is told of it, and without any return to the event loop.
+    void pressAndReleaseAreShownAtOnce() {
+        QList<QColor> lstShown;
+        connect(m_pButton, &QAbstractButton::clicked, this, [&] { lstShown << OnScreen(); });
+        connect(m_pButton, &CSkinButton::ReleaseButton, this, [&] { lstShown << OnScreen(); });
+        Enter();
         QTest::mousePress(m_pButton, Qt::LeftButton);
-        QVERIFY(counter.Taken() >= 1);
+        QCOMPARE(OnScreen(), QColor(Qt::blue));
         QTest::mouseRelease(m_pButton, Qt::LeftButton);
-        QVERIFY(counter.Taken() >= 1);
+        QCOMPARE(OnScreen(), QColor(Qt::green));
+        QCOMPARE(lstShown, QList<QColor>({Qt::blue, Qt::green}));
     }
 
     void theSignalsComeInTheirOrder() {
@@ -130,6 +164,15 @@ class SkinButtonTest : public QObject {
         QTest::mouseRelease(m_pButton, Qt::LeftButton, {}, QPoint(-30, -30));
         QCOMPARE(spyRelease.count(), 1);
         QCOMPARE(spyClick.count(), 0);
+    }
+
+    // Assistive technology presses a button without a mouse.
+    void aPressWithoutAMouseIsReportedAsAReleaseToo() {
+        QSignalSpy spyRelease(m_pButton, &CSkinButton::ReleaseButton);
+        QSignalSpy spyClick(m_pButton, &QAbstractButton::clicked);
+        m_pButton->click();
+        QCOMPARE(spyClick.count(), 1);
+        QCOMPARE(spyRelease.count(), 1);
     }
 
     void anEmptyToolTipPutsTheEarlierOneBack() {
@@ -173,7 +216,24 @@ class SkinButtonTest : public QObject {
     }
 
   private:
+    QImage PlainButton() {
+        m_pButton->SetBitMap("", "", "");
+        return Shown();
+    }
     QImage Shown() { return m_pButton->grab().toImage(); }
+
+    void Enter() {
+        QEnterEvent enter(QPointF(20, 15), QPointF(70, 65), m_pButton->mapToGlobal(QPointF(20, 15)));
+        QApplication::sendEvent(m_pButton, &enter);
+    }
+
+    // What the button's last painting left in the window. Paints nothing itself.
+    QColor OnScreen() {
+        QPaintDevice* pDevice = m_pWindow->backingStore()->paintDevice();
+        if (pDevice->devType() != QInternal::Image) qFatal("the window is not painted in memory");
+        const auto* pImage = static_cast<const QImage*>(pDevice);
+        return pImage->pixelColor(QPoint(70, 65) * qRound(pImage->devicePixelRatio()));
+    }
 
     CTestImages m_images;
     std::unique_ptr<QWidget> m_pWindow;

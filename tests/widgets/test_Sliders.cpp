@@ -1,13 +1,14 @@
 #include "tests/widgets/FakeWindow.h"
 #include "tests/widgets/TestImages.h"
 #include "widgets/ControlsBarWidget.h"
+#include "widgets/JumpSlider.h"
 #include "widgets/PlaySlider.h"
 #include "widgets/SettingSlider.h"
-#include "widgets/SliderJump.h"
 #include "widgets/SoundSlider.h"
 
 #include <QAccessible>
 #include <QEnterEvent>
+#include <QFile>
 #include <QLayout>
 #include <QMouseEvent>
 #include <QRegularExpression>
@@ -39,6 +40,14 @@ class SlidersTest : public QObject {
         slider.setFixedWidth(200);
         slider.setRange(nMinimum, nMaximum);
         QTEST(SliderValueAt(slider, nX), "nValue");
+    }
+
+    void aSliderOfNoWidthGivesNoValue() {
+        QSlider slider(Qt::Horizontal);
+        slider.setRange(0, 65535);
+        slider.resize(0, 10);
+        QCOMPARE(slider.width(), 0);
+        QCOMPARE(SliderValueAt(slider, 5), 0);
     }
 
     // --- the play slider
@@ -101,17 +110,38 @@ class SlidersTest : public QObject {
         CSetingSlider slider(nullptr);
         Prepare(slider);
         slider.setRange(0, 128);
-        slider.setPageStep(0);
+        CompareClicks(slider);
+    }
+
+    void heldBesideItsHandleASliderStays() {
+        class COpenSlider : public CSetingSlider {
+          public:
+            using CSetingSlider::CSetingSlider;
+            using QAbstractSlider::repeatAction;
+        };
+        COpenSlider slider(nullptr);
+        Prepare(slider);
+        slider.setRange(0, 128);
+        QTest::mousePress(&slider, Qt::LeftButton, {}, QPoint(195, 5));
+        QCOMPARE(slider.repeatAction(), QAbstractSlider::SliderNoAction);
+        QCOMPARE(slider.pageStep(), 10); // for the keys
+        QTest::mouseRelease(&slider, Qt::LeftButton, {}, QPoint(195, 5));
+    }
+
+    void aPressOnTheHandleStartsADrag() {
+        CSetingSlider slider(nullptr);
+        Prepare(slider);
+        slider.setRange(0, 128);
         QTest::mousePress(&slider, Qt::LeftButton, {}, QPoint(100, 5));
-        QCOMPARE(slider.value(), 64);
-        QTest::mouseRelease(&slider, Qt::LeftButton, {}, QPoint(100, 5));
+        Move(slider, QPoint(60, 5));
+        QVERIFY2(slider.value() < 50, qPrintable(QString::number(slider.value())));
+        QTest::mouseRelease(&slider, Qt::LeftButton, {}, QPoint(60, 5));
     }
 
     void withAMinimumASettingSliderStopsShortAtTheRight() {
         CSetingSlider slider(nullptr);
         Prepare(slider);
         slider.setRange(20, 120);
-        slider.setPageStep(0);
         QTest::mouseClick(&slider, Qt::LeftButton, {}, QPoint(10, 5)); // 5, clamped
         QCOMPARE(slider.value(), 20);
         QTest::mouseClick(&slider, Qt::LeftButton, {}, QPoint(199, 5));
@@ -122,12 +152,12 @@ class SlidersTest : public QObject {
     void aClickOnTheVolumeSliderJumpsThereAtOnce() {
         CFakeWindow window;
         CControlsBarWidget bar(&window);
-        bar.m_pSoundSlider->setPageStep(0);
         window.Taken();
         QTest::mousePress(bar.m_pSoundSlider, Qt::LeftButton, {}, QPoint(35, 4));
         QCOMPARE(bar.m_pSoundSlider->value(), 32767);
         QCOMPARE(window.Taken(), QStringList({"SetVolumeSlider 32767"}));
         QTest::mouseRelease(bar.m_pSoundSlider, Qt::LeftButton, {}, QPoint(35, 4));
+        CompareClicks(*bar.m_pSoundSlider);
     }
 
     void movingTheVolumeWhileMutedTurnsTheSoundOn() {
@@ -141,6 +171,25 @@ class SlidersTest : public QObject {
         QCOMPARE(bar.m_pSoundSlider->toolTip(), QString("50"));
         bar.m_pSoundSlider->setValue(0);
         QCOMPARE(window.Taken(), QStringList({"SetVolumeSlider 0"}));
+        QCOMPARE(bar.m_pSoundSlider->toolTip(), QString("0"));
+    }
+
+    void theVolumeIsAppliedBeforeTheToolTipSaysSo() {
+        class CLookingWindow : public CFakeWindow {
+          public:
+            bool SetVolumeSlider(int nValue) override {
+                if (m_pSlider) m_strSeen = m_pSlider->toolTip();
+                return CFakeWindow::SetVolumeSlider(nValue);
+            }
+            QWidget* m_pSlider = nullptr;
+            QString m_strSeen;
+        };
+        CLookingWindow window;
+        CControlsBarWidget bar(&window);
+        bar.m_pSoundSlider->setValue(32768);
+        window.m_pSlider = bar.m_pSoundSlider;
+        bar.m_pSoundSlider->setValue(0);
+        QCOMPARE(window.m_strSeen, QString("50"));
         QCOMPARE(bar.m_pSoundSlider->toolTip(), QString("0"));
     }
 
@@ -198,6 +247,22 @@ class SlidersTest : public QObject {
         QEvent leave(QEvent::Leave);
         QApplication::sendEvent(&slider, &leave);
         QCOMPARE(slider.grab().toImage().pixelColor(1, 1), QColor(Qt::red));
+    }
+
+    void brokenBitmapsUnderTheVolumeSliderDrawNothing() {
+        CSoundSlider slider(nullptr);
+        slider.setFixedSize(70, 30);
+        slider.setOrientation(Qt::Horizontal);
+        const QImage plain = slider.grab().toImage();
+        QTemporaryDir dir;
+        QFile broken(dir.filePath("broken.bmp"));
+        QVERIFY(broken.open(QIODevice::WriteOnly));
+        broken.write("BM this is no image");
+        broken.close();
+        for (const QString& strPath : {broken.fileName(), QString("/nowhere/a.bmp")}) {
+            slider.SetBitMapPath(strPath, strPath);
+            QCOMPARE(slider.grab().toImage(), plain);
+        }
     }
 
     // --- the looks of the two bars
@@ -276,6 +341,18 @@ class SlidersTest : public QObject {
         slider.setFixedSize(200, 10);
         slider.show();
         QVERIFY(QTest::qWaitForWindowExposed(&slider));
+    }
+
+    // A click at every place gives the value of that place: no step of a page comes on top.
+    static void CompareClicks(QSlider& slider) {
+        QStringList lstWrong;
+        for (int x = 0; x < slider.width(); ++x) {
+            const QPoint pos(x, slider.height() / 2);
+            QTest::mouseClick(&slider, Qt::LeftButton, {}, pos);
+            if (slider.value() != SliderValueAt(slider, x))
+                lstWrong << QString("%1: %2 for %3").arg(x).arg(slider.value()).arg(SliderValueAt(slider, x));
+        }
+        QVERIFY2(lstWrong.isEmpty(), qPrintable(lstWrong.join(", ")));
     }
 
     static void Move(QWidget& widget, const QPoint& pos) {

@@ -1,0 +1,36 @@
+// What a process and its X server hold, and whether that grows.
+#pragma once
+
+#include "tests/support/XScreen.h"
+
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+namespace soak {
+
+// One look at everything. Counts but where a unit is named.
+struct Holdings {
+    double seconds = 0.0; // since the run began
+    long actions = 0;     // done so far
+    double memory_mb = 0.0;
+    double heap_mb = 0.0; // in use, as the allocator says
+    long threads = 0;
+    long descriptors = 0;
+    long clients = 0;            // descriptors of the X server: a connection each, shared memory
+    long windows = 0;            // on the whole screen
+    double server_mb = 0.0;      // memory of the X server: pictures and the like
+    long segments = 0;           // of shared memory, made by this process
+    double clock_error_ms = 0.0; // how far film and wall clock went apart
+};
+
+// Looks at this process and at the server, whose process is `server`.
+Holdings Look(support::XScreen& screen, pid_t server);
+
+// The samples as a table, and the medians of their first and last thirds.
+void Print(const std::vector<Holdings>& samples);
+
+// What grew from the first third of the samples to the last, a sentence each.
+std::vector<std::string> Growth(const std::vector<Holdings>& samples);
+
+} // namespace soak
