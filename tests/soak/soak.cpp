@@ -16,7 +16,9 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <malloc.h>
 #include <memory>
+#include <optional>
 #include <thread>
 
 namespace fs = std::filesystem;
@@ -27,7 +29,6 @@ using Clock = std::chrono::steady_clock;
 namespace {
 
 constexpr std::size_t kMostPorts = 3;
-constexpr auto kWatch = std::chrono::milliseconds(500);
 constexpr std::size_t kMostRows = 60;
 // Rounds before anything is compared: pools, caches and other people's libraries fill.
 constexpr int kWarmUp = 3;
@@ -73,8 +74,8 @@ class Run {
     Run(std::vector<Film> films, support::XScreen& screen, std::uint64_t seed)
         : m_films(std::move(films)), m_screen(screen), m_random(seed) {}
 
-    // The clock's error is left in `clock_error_ms` where it could be told.
-    void Round(std::chrono::milliseconds length, double& clock_error_ms) {
+    // The clock's error in ms, where it could be told.
+    std::optional<double> Round(std::chrono::milliseconds length) {
         std::vector<std::unique_ptr<Visitor>> visitors(1 + m_random() % kMostPorts);
         for (auto& visitor : visitors)
             visitor = std::make_unique<Visitor>(m_films, m_screen, m_random);
@@ -90,7 +91,7 @@ class Run {
             std::this_thread::sleep_for(std::chrono::milliseconds(m_random() % 60));
         }
         visitors.resize(1);
-        if (const auto error = visitors.front()->WatchClock(kWatch)) clock_error_ms = *error;
+        return visitors.front()->WatchClock(std::max(length / 4, std::chrono::milliseconds(500)));
     }
 
     long Actions() const { return m_actions; }
@@ -131,9 +132,8 @@ int Soak(int seconds, std::uint64_t seed, const std::vector<std::string>& argume
     const auto begin = Clock::now();
     const auto end = begin + std::chrono::seconds(seconds);
     std::vector<Holdings> samples;
-    double clock_error_ms = 0.0;
     for (int round = 0; Clock::now() < end; ++round) {
-        run.Round(length, clock_error_ms);
+        const std::optional<double> clock_error_ms = run.Round(length);
         if (round < kWarmUp) continue;
         // Ended threads are still there for a moment.
         Holdings holdings = Look(screen, server.Pid());
@@ -168,6 +168,9 @@ int main(int argc, char** argv) {
             arguments.push_back(argument);
         }
     }
+    // As the player has it: else what the allocator keeps of the freed hides what is held.
+    mallopt(M_MMAP_THRESHOLD, 1 << 20);
+    mallopt(M_TRIM_THRESHOLD, 1 << 20);
     try {
         return Soak(seconds, seed, arguments);
     } catch (const std::exception& error) {

@@ -58,6 +58,22 @@ TEST(Hardening, StacksAreGuardedEverywhereAndCopiesWhereTheirSizeIsKnown) {
     EXPECT_TRUE(Has(all, "__\\w+_chk@"));
 }
 
+TEST(Hardening, LargeStackFramesAreTouchedPageByPage) {
+    // Frames of more than a page are few: the probe of one is enough to know that they are there.
+    std::string all;
+    for (const std::string& file : kBinaries) {
+        const auto code = support::ChildProcess::Run({"objdump", "-d", file}, std::chrono::seconds(60));
+        EXPECT_EQ(code.exitCode, 0) << file;
+        all += code.output;
+    }
+    EXPECT_TRUE(all.find("orq    $0x0,") != std::string::npos);
+}
+
+TEST(Hardening, ContainersAreNotReadBesideTheirEnds) {
+    for (const std::string file : {DRAVO_FILE, ORDUNE_FILE})
+        EXPECT_TRUE(Has(ReadElf("--dyn-syms", file), "__glibcxx_assert_fail")) << file;
+}
+
 TEST(Hardening, LibrariesAreLookedForBesideTheProgramAlone) {
     for (const std::string& file : kBinaries) {
         SCOPED_TRACE(file);
