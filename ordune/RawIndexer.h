@@ -1,10 +1,11 @@
 // Makes the frame index of a raw H.264 stream (Annex B) as fast as it can be read. Decodes nothing.
 //
-// The file is read in blocks and its start codes found; what stands behind them goes to the PictureGatherer.
+// What stands behind the file's start codes goes to the PictureGatherer.
 //
 // Used by one thread at a time; what it publishes is for all.
 #pragma once
 
+#include "ordune/BlockScanner.h"
 #include "ordune/Error.h"
 #include "ordune/FileSource.h"
 #include "ordune/FrameTable.h"
@@ -51,11 +52,8 @@ class RawIndexer {
     FrameTable& m_table;
 
     // The indexing thread's own.
+    BlockScanner m_blocks;
     PictureGatherer m_pictures;
-    std::vector<std::uint8_t> m_buffer;
-    std::int64_t m_buffer_offset = 0; // in the file
-    std::size_t m_filled = 0;
-    std::size_t m_scanned = 0;
     bool m_done = false;
 };
 

@@ -158,7 +158,7 @@ TEST(HostileTables, PictureOrderOfEndlessCyclesIsCutOff) {
 TEST(BrokenReading, MakesARawIndexShort) {
     StreamBuilder stream;
     stream.Sequence({.order_type = 2}).Picture();
-    constexpr unsigned kPictures = 4000;
+    constexpr unsigned kPictures = 40'000; // far more than is read ahead
     for (unsigned i = 0; i < kPictures; ++i)
         stream.Slice({.type = i % 100 == 0 ? 2U : 0U, .idr = i % 100 == 0, .frame_number = i % 100 % 16});
     const std::string path = stream.Save("broken.264");
