@@ -431,7 +431,8 @@ class CTalvioDlg : public QDialog,
     QSet<QString> m_setListed; // the paths in the list, unless stale
     bool m_bListedStale = true;
 
-    int m_nLanguage = 2; // 1 Chinese, 2 English
+    int m_nLanguage = 2;  // 1 Chinese, 2 English
+    QByteArray m_catalog; // what m_pTranslator reads from
     QString m_strReady;
     QString m_strPlaying;
     QString m_strPause;

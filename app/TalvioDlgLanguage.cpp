@@ -11,6 +11,8 @@
 #include <QAction>
 #include <QCoreApplication>
 #include <QEvent>
+#include <QFile>
+#include <QFileInfo>
 #include <QMenu>
 #include <QTranslator>
 
@@ -29,6 +31,19 @@ void SetTip(CSkinButton* pButton, const QString& strTip) {
     if (pButton != nullptr) pButton->SetToolTipText(strTip);
 }
 
+// Ours has some ten thousand.
+constexpr qint64 kMostCatalogBytes = 16 << 20;
+
+// The catalog of exactly this name, or nothing. The toolkit would go on to shorter names, and map the file:
+// one in the working directory that is cut short while it is in use would end the program.
+QByteArray ReadCatalog(const QString& strPath) {
+    QFile file(strPath);
+    // A pipe of that name would be waited for without end.
+    if (!QFileInfo(strPath).isFile() || !file.open(QIODevice::ReadOnly)) return {};
+    const QByteArray bytes = file.read(kMostCatalogBytes + 1);
+    return bytes.size() <= kMostCatalogBytes ? bytes : QByteArray();
+}
+
 } // namespace
 
 bool CTalvioDlg::CanSwitchLanguage() const {
@@ -36,11 +51,12 @@ bool CTalvioDlg::CanSwitchLanguage() const {
            m_pControlsBar->m_pLanguageBtn != nullptr;
 }
 
-// A catalog that cannot be loaded leaves the translator empty, which is English. It is looked for under
-// exactly this name: the toolkit would go on to shorter ones.
+// A catalog that cannot be loaded leaves the translator empty, which is English.
 void CTalvioDlg::UseLanguage(int nLanguage, const QString& strCatalog) {
-    const QString strNone = QStringLiteral("");
-    (void)m_pTranslator->load(strCatalog, strNone, strNone, strNone);
+    const QByteArray catalog = ReadCatalog(strCatalog);
+    (void)m_pTranslator->load(reinterpret_cast<const uchar*>(catalog.constData()),
+                              static_cast<int>(catalog.size()));
+    m_catalog = catalog; // not before: the translator reads from the former one until then
     ReTranslateUiText();
     m_nLanguage = nLanguage;
     if (nLanguage == 1) {

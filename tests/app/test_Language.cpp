@@ -28,6 +28,8 @@
 #include <QTextLayout>
 #include <QTranslator>
 
+#include <sys/stat.h>
+
 namespace {
 
 const QString kChineseCatalog = QStringLiteral(TALVIO_SOURCE_DIR "/resources/talvio_zh.ts");
@@ -294,6 +296,39 @@ class TestLanguage : public QObject {
             QCOMPARE(pOpen->text(), QString("Open File"));
             QVERIFY(test.Dlg().ChangeLanguage());
         }
+    }
+
+    void ACatalogInUseMayBeCutShort() {
+        CDlgTest test;
+        QAction* pOpen = test.Action("Open File");
+        QVERIFY(QFile::copy(":/talvio_zh.qm", test.File("talvio_zh.qm")));
+        QVERIFY(test.Dlg().ChangeLanguage());
+        // The file is written over, not replaced by another of its name.
+        QVERIFY(QFile::setPermissions(test.File("talvio_zh.qm"), QFile::ReadOwner | QFile::WriteOwner));
+        QVERIFY(QFile::resize(test.File("talvio_zh.qm"), 0));
+        test.Dlg().ReTranslateUiText();
+        QCOMPARE(pOpen->text(), QString::fromUtf8("打开文件"));
+        QVERIFY(test.Dlg().ChangeLanguage());
+        QCOMPARE(pOpen->text(), QString("Open File"));
+        QVERIFY(test.Dlg().ChangeLanguage());
+        QCOMPARE(pOpen->text(), QString("Open File"));
+    }
+
+    void WhatCannotBeACatalogIsNotReadThrough() {
+        CDlgTest test;
+        QAction* pOpen = test.Action("Open File");
+        const QString strCatalog = test.File("talvio_zh.qm");
+        QCOMPARE(mkfifo(QFile::encodeName(strCatalog), 0600), 0); // nobody will write into it
+        QVERIFY(test.Dlg().ChangeLanguage());
+        QCOMPARE(pOpen->text(), QString("Open File"));
+        QVERIFY(test.Dlg().ChangeLanguage());
+        QVERIFY(QFile::remove(strCatalog));
+
+        QVERIFY(QFile::copy(":/talvio_zh.qm", strCatalog));
+        QVERIFY(QFile::setPermissions(strCatalog, QFile::ReadOwner | QFile::WriteOwner));
+        QVERIFY(QFile::resize(strCatalog, qint64(1) << 40)); // takes no room on the disk
+        QVERIFY(test.Dlg().ChangeLanguage());
+        QCOMPARE(pOpen->text(), QString("Open File"));
     }
 
     void TheButtonAfterTheMenuGoesBackToEnglishWithoutACatalog() {
