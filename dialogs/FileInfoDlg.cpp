@@ -1,6 +1,7 @@
 #include "dialogs/FileInfoDlg.h"
 
 #include "dialogs/FileFacts.h"
+#include "widgets/DarkText.h"
 
 #include <QGroupBox>
 #include <QLabel>
@@ -76,9 +77,11 @@ void CFileInfoDlg::AddRow(QGroupBox* pBox, const char* pCaptionName, const QRect
     auto* pCaption = new QLabel(strCaption, pBox);
     pCaption->setObjectName(QString::fromLatin1(pCaptionName));
     pCaption->setGeometry(rcCaption);
+    WriteDark(pCaption);
     auto* pValue = new QLabel(pBox);
     pValue->setObjectName(QString::fromLatin1(pValueName));
     pValue->setGeometry(rcValue);
+    WriteDark(pValue);
     // A file may be called <b>.mp4.
     pValue->setTextFormat(Qt::PlainText);
     pValue->setText(strValue);

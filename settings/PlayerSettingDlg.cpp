@@ -3,6 +3,7 @@
 
 #include "engine/Operate.h"
 #include "settings/SettingsOwner.h"
+#include "widgets/DarkText.h"
 #include "widgets/SettingSlider.h"
 #include "widgets/StaticTitle.h"
 
@@ -12,7 +13,6 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTableWidget>
@@ -30,6 +30,14 @@ constexpr ListRow kListRows[] = {{0, 28, 0},   {28, 27, 1},  {55, 27, 2},  {82, 
                                  {110, 27, 3}, {137, 27, 4}, {164, 28, 0}, {192, 27, 5},
                                  {219, 27, 6}, {246, 26, 0}, {272, 27, 7}, {299, 27, 8}};
 constexpr int kListWidth = 120;
+
+void SetUpPanel(QGroupBox* pPanel, const QString& strName, const QRect& rc) {
+    pPanel->setObjectName(strName);
+    pPanel->setGeometry(rc);
+    pPanel->setStyleSheet(QStringLiteral("#%1 {background-color: rgb(255, 255, 255);}").arg(strName));
+    for (QWidget* pControl : pPanel->findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
+        WriteDark(pControl);
+}
 
 } // namespace
 
@@ -120,12 +128,8 @@ void CPlayerSetting::DeleteCtrls() {
 
 void CPlayerSetting::setupUi() {
     setFixedSize(470, 367);
-    m_ctrls.pLeft->setObjectName(QStringLiteral("groupBox"));
-    m_ctrls.pLeft->setGeometry(0, 0, kListWidth, 326);
-    m_ctrls.pLeft->setStyleSheet(QStringLiteral("#groupBox {background-color: rgb(255, 255, 255);}"));
-    m_ctrls.pRight->setObjectName(QStringLiteral("groupBox_2"));
-    m_ctrls.pRight->setGeometry(130, 0, 331, 326);
-    m_ctrls.pRight->setStyleSheet(QStringLiteral("#groupBox_2 {background-color: rgb(255, 255, 255);}"));
+    SetUpPanel(m_ctrls.pLeft, QStringLiteral("groupBox"), {0, 0, kListWidth, 326});
+    SetUpPanel(m_ctrls.pRight, QStringLiteral("groupBox_2"), {130, 0, 331, 326});
     m_ctrls.pOK->setObjectName(QStringLiteral("m_pOKButton"));
     m_ctrls.pOK->setGeometry(310, 330, 60, 30);
     m_ctrls.pOK->setFocusPolicy(Qt::NoFocus);
