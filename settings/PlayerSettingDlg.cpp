@@ -11,6 +11,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QGroupBox>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -147,6 +148,8 @@ void CPlayerSetting::setupUi() {
     CreateColorAdjustWidget();
     CreateCappicWidget();
     CreateContinueCappicWidget();
+    for (QPushButton* pButton : findChildren<QPushButton*>())
+        pButton->setAutoDefault(false); // see keyPressEvent
     QMetaObject::connectSlotsByName(this);
 }
 
@@ -271,6 +274,19 @@ void CPlayerSetting::OnClickStaticText(int nType) {
     if (nType >= 1 && nType <= kPages) m_nPage = nType;
     InitCtrl();
     InitCtrlColor();
+}
+
+// The toolkit would let Enter press the first button that it finds, on whichever page. It presses the one
+// that has the keyboard, or the one beside the field that has it.
+void CPlayerSetting::keyPressEvent(QKeyEvent* pEvent) {
+    if (pEvent->key() != Qt::Key_Return && pEvent->key() != Qt::Key_Enter) {
+        QDialog::keyPressEvent(pEvent);
+        return;
+    }
+    auto* pButton = qobject_cast<QPushButton*>(focusWidget());
+    if (focusWidget() == m_ctrls.pTimeLine) pButton = m_ctrls.pTimeButton;
+    if (focusWidget() == m_ctrls.pFrameLine) pButton = m_ctrls.pFrameButton;
+    if (pButton != nullptr) pButton->click();
 }
 
 void CPlayerSetting::ShowPage(int nPage, bool bShow) {

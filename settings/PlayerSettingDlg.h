@@ -92,6 +92,9 @@ class CPlayerSetting : public QDialog {
     void ShowCappicSetCtrl(bool bShow);
     void ShowContinueCappicSetCtrl(bool bShow);
 
+  protected:
+    void keyPressEvent(QKeyEvent* pEvent) override;
+
   private:
     // What pages 7 and 8 have alike.
     struct CaptureCtrls {

@@ -10,6 +10,7 @@
 #include <QTableWidget>
 #include <QTest>
 #include <QTranslator>
+#include <QWindow>
 
 namespace {
 
@@ -231,6 +232,47 @@ class TestPlayerSettingPages : public QObject {
         Named<QLineEdit>(dlg, "m_pFrameLine")->setText("125");
         Named<QPushButton>(dlg, "m_pFrameButton")->click();
         QCOMPARE(test.Commands(), QStringList("Dravo_SetPlayPos(2, 0.5)"));
+    }
+
+    void EnterPressesTheButtonOfTheFieldThatHasTheKeyboardOrTheButtonThatHasIt_data() {
+        QTest::addColumn<int>("page");
+        QTest::addColumn<QString>("focus");
+        QTest::addColumn<QString>("command");
+        const QString strTime = "Dravo_SetPlayedTimeEx(2, 7000)";
+        const QString strFrame = "Dravo_SetPlayPos(2, 0.5)";
+        QTest::newRow("time field") << 3 << "m_pTimeLine" << strTime;
+        QTest::newRow("frame field") << 3 << "m_pFrameLine" << strFrame;
+        QTest::newRow("time button") << 3 << "m_pTimeButton" << strTime;
+        QTest::newRow("frame button") << 3 << "m_pFrameButton" << strFrame;
+        QTest::newRow("table") << 2 << "m_pKeyTable" << QString();
+        QTest::newRow("path") << 7 << "m_pCapPathLine" << QString();
+        QTest::newRow("slider") << 6 << "m_pLightSlider1" << QString();
+        QTest::newRow("reset") << 6 << "m_pResetButton"
+                               << "Dravo_SetColor(2, 0, 64, 64, 64, 64)";
+    }
+    void EnterPressesTheButtonOfTheFieldThatHasTheKeyboardOrTheButtonThatHasIt() {
+        QFETCH(int, page);
+        QFETCH(QString, focus);
+        QFETCH(QString, command);
+        for (const int nKey : {Qt::Key_Return, Qt::Key_Enter}) {
+            CDlgTest test;
+            test.PlayInto(1);
+            test.Dlg().SetHue(20);
+            CPlayerSetting dlg(&test.Dlg());
+            dlg.OnClickStaticText(page);
+            dlg.show();
+            QVERIFY(QTest::qWaitForWindowActive(&dlg));
+            for (const QPushButton* pButton : dlg.findChildren<QPushButton*>())
+                QVERIFY2(!pButton->isDefault(), qPrintable(pButton->text())); // none looks as if it were
+            Named<QLineEdit>(dlg, "m_pTimeLine")->setText("7");
+            Named<QLineEdit>(dlg, "m_pFrameLine")->setText("125");
+            Named<QWidget>(dlg, focus.toLatin1())->setFocus();
+            QTest::keyClick(dlg.windowHandle(), static_cast<Qt::Key>(nKey));
+            QCOMPARE(test.Commands().join(' '), command);
+            QVERIFY(dlg.isVisible());
+            QTest::keyClick(dlg.windowHandle(), Qt::Key_Escape);
+            QVERIFY(!dlg.isVisible());
+        }
     }
 
     void AStoppedOrClosedFileIsNotSearched_data() {
