@@ -168,7 +168,7 @@
     </message>
     <message>
         <source>Hotkey/Mouse</source>
-        <translation>热键/鼠标</translation>
+        <translation>快捷键/鼠标</translation>
     </message>
     <message>
         <source>Hue</source>
