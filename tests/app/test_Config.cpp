@@ -142,6 +142,56 @@ class TestConfig : public QObject {
         QCOMPARE(test.Dlg().GetCapPath(), QString("/x"));
     }
 
+    void EmptyElementsAreReadAsEmptyTexts() {
+        CDlgTest test;
+        CTalvioDlg& window = test.Dlg();
+        QVERIFY(!window.GetCapPath().isEmpty() && !window.GetConCapPath().isEmpty());
+        QByteArray bytes = FileOf(QString(), kStartValues);
+        for (const char* pValue : {"HighQuality>1", "Deflash>1", "ThrowBNum>0", "Timer>1", "DisplayType>1",
+                                   "CappicType>0", "ConCapType>0"})
+            bytes.replace(pValue, QByteArray(pValue).chopped(1));
+        QVERIFY(bytes.contains("<Timer></Timer>") && bytes.contains("<CappicPath></CappicPath>"));
+        window.SetThrowBNum(2);
+        window.SetCapType(1);
+        window.SetConCapType(1);
+        window.ReadFromConfigFile(test.WriteFile("empty.config", bytes));
+        QCOMPARE(window.GetCapPath(), QString());
+        QCOMPARE(window.GetConCapPath(), QString());
+        QVERIFY(!window.GetHighQuality());
+        QVERIFY(!window.GetDeflash());
+        for (const int nValue : {window.GetThrowBNum(), window.GetPlayerTimer(), window.GetDisplayType(),
+                                 window.GetCapType(), window.GetConCapType()})
+            QCOMPARE(nValue, 0);
+    }
+
+    void OnlyAOneIsTrue_data() {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<bool>("expected");
+        QTest::newRow("1") << QByteArray("1") << true;
+        for (const char* pText : {"0", "true", "yes", "", "2", "01", "-1", "1.0", "True"})
+            QTest::newRow(pText) << QByteArray(pText) << false;
+    }
+    void OnlyAOneIsTrue() {
+        QFETCH(QByteArray, text);
+        QFETCH(bool, expected);
+        CDlgTest test;
+        CTalvioDlg& window = test.Dlg();
+        for (const bool bBefore : {false, true}) {
+            window.SetHighQuality(bBefore);
+            window.SetDeflash(bBefore);
+            QByteArray bytes = FileOf("/x", kStartValues);
+            bytes.replace("<HighQuality>1", "<HighQuality>" + text);
+            window.ReadFromConfigFile(test.WriteFile("one.config", bytes));
+            QCOMPARE(window.GetHighQuality(), expected);
+            QCOMPARE(window.GetDeflash(), true);
+            bytes.replace("<HighQuality>" + text + "<", "<HighQuality>1<");
+            bytes.replace("<Deflash>1", "<Deflash>" + text);
+            window.ReadFromConfigFile(test.WriteFile("one.config", bytes));
+            QCOMPARE(window.GetHighQuality(), true);
+            QCOMPARE(window.GetDeflash(), expected);
+        }
+    }
+
     void SwappedElementsKeepTheirValuesAndTheOthersAreRead() {
         CDlgTest test;
         QByteArray bytes = FileOf("/x", kStartValues);

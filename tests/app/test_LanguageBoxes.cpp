@@ -8,6 +8,7 @@
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QTest>
 
 #include <functional>
@@ -86,6 +87,28 @@ class TestLanguageBoxes : public QObject {
         QCOMPARE(ShownBy([&test] { test.Dlg().AddFile(); }),
                  QStringList(Chinese("CTalvioDlg", "Open File") + '|' +
                              Chinese("CTalvioDlg", "ALL File (*.*);;Media File (*.mp4 *.264)")));
+    }
+
+    // Their own texts are not of our catalogs, and no other is loaded.
+    void TheToolkitsOwnTextsStayAsTheyAre() {
+        CDlgTest test;
+        QVERIFY(test.Dlg().SwitchLanguage(test.Action("Chinese")));
+        QStringList lstButtons;
+        const CModalAnswer answer([&lstButtons](QDialog* pDialog) {
+            for (const QAbstractButton* pButton : pDialog->findChildren<QPushButton*>())
+                lstButtons.append(pButton->text().remove('&'));
+            pDialog->reject();
+        });
+        test.Dlg().ShowErrorMsg();
+        QCOMPARE(lstButtons, QStringList("OK"));
+        lstButtons.clear();
+        test.Dlg().AddFile();
+        QCOMPARE(lstButtons, QStringList({"Open", "Cancel"}));
+        lstButtons.clear();
+        CPlayerSetting dlg(&test.Dlg());
+        dlg.OnClickCappicBrowser();
+        QCOMPARE(lstButtons, QStringList({"Choose", "Cancel"}));
+        QCOMPARE(QCoreApplication::translate("QPlatformTheme", "Save"), QString("Save"));
     }
 
     void TheChooserOfFolders() {

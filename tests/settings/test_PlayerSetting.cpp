@@ -13,6 +13,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTest>
+#include <QWindow>
 
 namespace {
 
@@ -138,6 +139,29 @@ class TestPlayerSetting : public QObject {
         QCOMPARE(Marked(dlg), QString("Continue Cappic"));
         QCOMPARE(Rows(dlg)[1]->styleSheet(), QString("background-color: rgb(255, 255, 255);"));
         QVERIFY(VisibleTexts(dlg).contains("Save Path:"));
+    }
+
+    void TheTitleAndTheHeadingsAreNoPages() {
+        CDlgTest test;
+        CPlayerSetting dlg(&test.Dlg());
+        dlg.show();
+        // By the window, which finds out for itself what lies there.
+        const auto clickRow = [&dlg](int nRow) {
+            QTest::mouseClick(dlg.windowHandle(), Qt::LeftButton, {},
+                              Rows(dlg)[nRow]->mapTo(&dlg, QPoint(60, 14)));
+        };
+        const auto clickHeadings = [&clickRow] {
+            for (const int nRow : {0, 3, 6, 9})
+                clickRow(nRow);
+        };
+        clickHeadings();
+        QCOMPARE(Marked(dlg), QString());
+        QVERIFY(VisibleTexts(dlg).contains("Throw B-Frame"));
+        clickRow(8);
+        QCOMPARE(Marked(dlg), QString("Color Adjust"));
+        clickHeadings();
+        QCOMPARE(Marked(dlg), QString("Color Adjust"));
+        QVERIFY(VisibleTexts(dlg).contains("Lightness"));
     }
 
     void APageNumberOutOfRangeKeepsThePage() {

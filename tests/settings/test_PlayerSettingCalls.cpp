@@ -173,9 +173,17 @@ class TestPlayerSettingCalls : public QObject {
                               "bool OnClickConCapbrowser()", "void OnClickStaticText(int)"}));
     }
 
+    void OkStoresThenHandsOverThenStepsTheSpeedThenRefreshes_data() {
+        QTest::addColumn<int>("state");
+        QTest::newRow("playing") << int(COperate::kPlaying);
+        QTest::newRow("paused") << int(COperate::kPaused);
+        QTest::newRow("stopped") << int(COperate::kStopped);
+    }
     void OkStoresThenHandsOverThenStepsTheSpeedThenRefreshes() {
+        QFETCH(int, state);
         CNotingWindow window;
         window.OpenFile();
+        QVERIFY(window.m_operate.SetCurrentState(state));
         CPlayerSetting dlg(&window);
         Named<CSetingSlider>(dlg, "m_pSpeedSlider")->setValue(2);
         dlg.show();
@@ -267,6 +275,19 @@ class TestPlayerSettingCalls : public QObject {
         QCOMPARE(Named<QLineEdit>(dlg, "m_pCapPathLine")->text(), QString("/cap"));
         dlg.OnClickOKButton();
         QVERIFY(window.Take().contains("SetConCapPath(/chosen)"));
+    }
+
+    void ACancelledChooserSucceedsAndChangesNothing() {
+        CNotingWindow window;
+        CPlayerSetting dlg(&window);
+        QVERIFY(dlg.OnClickCappicBrowser());
+        QVERIFY(dlg.OnClickConCapbrowser());
+        QCOMPARE(g_chooser.lstAsked.size(), 2);
+        QCOMPARE(Named<QLineEdit>(dlg, "m_pCapPathLine")->text(), QString("/cap"));
+        QCOMPARE(Named<QLineEdit>(dlg, "m_pConCapPathLine")->text(), QString("/con"));
+        dlg.OnClickOKButton();
+        const QStringList lstCalls = window.Take();
+        QVERIFY(lstCalls.contains("SetCapPath(/cap)") && lstCalls.contains("SetConCapPath(/con)"));
     }
 
     void AnExceptionOfTheChooserGivesAWarningAndChangesNothing_data() {

@@ -207,6 +207,25 @@ void Session::SwitchTheLanguage() {
     EXPECT_TRUE(Says("停止"));
     ASSERT_NO_FATAL_FAILURE(ChooseLanguage(menuButton, false));
     EXPECT_TRUE(Says("Stop"));
+
+    // The button takes a translation that lies in the working folder; without one all stays English.
+    const Area button = m_player->Texts().PlaceOfButton("English");
+    ASSERT_GT(button.width, 0);
+    const fs::path catalog = m_player->Folder() / "talvio_zh.qm";
+    ASSERT_FALSE(fs::exists(catalog));
+    m_player->ClickAt(button);
+    m_player->ClickAt(menuButton);
+    EXPECT_GT(OpenMenu(0).height, 0); // so the click before has had its effect
+    EXPECT_EQ(m_player->Texts().State(), "Stop");
+    m_player->Key("Escape");
+    EXPECT_TRUE(support::WaitUntil([&] { return !m_player->Screen().IsMenuOpen(); }, 15s, 5ms));
+    m_player->ClickAt(button);
+    fs::copy_file(fs::path(TALVIO_BUILD_DIR) / "resources/catalogs/talvio_zh.qm", catalog);
+    m_player->ClickAt(button);
+    EXPECT_TRUE(Says("停止"));
+    m_player->ClickAt(button);
+    EXPECT_TRUE(Says("Stop"));
+    fs::remove(catalog);
 }
 
 void Session::Reorder() {
