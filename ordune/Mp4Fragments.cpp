@@ -124,6 +124,7 @@ void Mp4Fragments::ReadTrackFragment(const Box& box, std::int64_t fragment_at, C
             std::uint32_t track = 0;
             fragment.emplace();
             if (!ReadHeader(inside, fragment_at, *fragment, track)) fragment.reset();
+            if (fragment) m_implicit = fragment->base;
             ours = track == m_track_id;
         } else if (inside.Name() == Name("tfdt") && ours) {
             Numbers numbers(inside.Content().subspan(4));

@@ -89,6 +89,15 @@ TEST_F(Fragments, HaveRunsBehindEachOther) {
     EXPECT_EQ(units[2].offset_bytes, units[1].offset_bytes + 5);
 }
 
+TEST_F(Fragments, HaveRunsThatBeginWhereTheTrackSaysAndNotWhereTheFragmentDoes) {
+    const std::string runs = Box("trun", Numbers(0, 2)) + Box("trun", Numbers(0, 1));
+    const std::string based = Box("tfhd", Numbers(kFromFragment | 0x1, 1) + Number(kMovie.size() + 250, 8));
+    const ContainerUnits units = Read(Box("moof", Box("traf", based + runs)) + Data(300));
+    ASSERT_EQ(units.size(), 3U);
+    EXPECT_EQ(units[0].offset_bytes, Behind("") + 250);
+    EXPECT_EQ(units[2].offset_bytes, units[0].offset_bytes + 10);
+}
+
 TEST_F(Fragments, LeaveOtherTracksOutButForTheirPlace) {
     // Without a base, a track's data lies behind that of the track before it.
     const std::string other = Box("traf", Box("tfhd", Numbers(0, 2)) + Box("trun", Numbers(0x1, 3, 200)));
