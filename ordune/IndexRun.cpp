@@ -15,7 +15,7 @@ IndexRun::~IndexRun() {
 }
 
 bool IndexRun::Begin(std::chrono::milliseconds patience, std::chrono::milliseconds longest,
-                     const std::function<void()>& looked) {
+                     const std::function<void()>& looked, const CancelToken& latest) {
     const auto begin = std::chrono::steady_clock::now();
     const auto work_begin = WorkTime();
     while (m_more) {
@@ -24,7 +24,7 @@ bool IndexRun::Begin(std::chrono::milliseconds patience, std::chrono::millisecon
         const auto spent = std::chrono::steady_clock::now() - begin;
         const auto worked = WorkTime() - work_begin;
         // There has to be something to show; a file whose first picture is that far away is refused.
-        if (m_table->Known() > 0 ? spent >= patience : worked >= longest) break;
+        if (m_table->Known() > 0 ? spent >= patience : worked >= longest || latest.Cancelled()) break;
     }
     m_announced = !m_more;
     return m_table->Known() > 0;

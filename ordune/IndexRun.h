@@ -31,9 +31,10 @@ class IndexRun {
     IndexRun& operator=(const IndexRun&) = delete;
 
     // Takes steps until there is a frame and `patience` has passed, but no longer than `longest` of the
-    // thread's own time; `looked` is called after each step. True when there is a frame.
+    // thread's own time, nor than until `latest` is cancelled; `looked` is called after each step. True when
+    // there is a frame.
     bool Begin(std::chrono::milliseconds patience, std::chrono::milliseconds longest,
-               const std::function<void()>& looked = nullptr);
+               const std::function<void()>& looked = nullptr, const CancelToken& latest = {});
     // Leaves what Begin did not get done to the thread.
     void GoOn();
 

@@ -18,20 +18,44 @@ using mp4::Name;
 
 namespace {
 
-constexpr int kMostTopBoxes = 4096;                 // a whole recording has a dozen
-constexpr std::int64_t kMostMovieBytes = 1LL << 30; // a day's recording has some 50 MB
+constexpr int kMostTopBoxes = 4096; // a whole recording has a dozen
 constexpr std::int64_t kMostTypeBytes = 4096;
 constexpr std::size_t kMostSkeletonBytes = 16 << 20;
 
-std::unique_ptr<std::uint8_t[]> ReadBox(const FileSource& file, std::int64_t at, std::int64_t size) {
+std::unique_ptr<std::uint8_t[]> ReadBox(const FileSource& file, std::int64_t at, std::int64_t size,
+                                        const CancelToken& cancel) {
     auto bytes = std::make_unique_for_overwrite<std::uint8_t[]>(static_cast<std::size_t>(size));
-    if (file.ReadAt(at, bytes.get(), static_cast<std::size_t>(size)) != size) return nullptr;
+    if (!file.ReadWhole(at, bytes.get(), static_cast<std::size_t>(size), cancel)) return nullptr;
     return bytes;
 }
 
 void Put32(std::vector<std::uint8_t>& out, std::size_t at, std::size_t value) {
     for (std::size_t i = 0; i < 4; ++i)
         out[at + i] = static_cast<std::uint8_t>(value >> (24 - 8 * i));
+}
+
+// Whether all that is inside has a name, and room: not so where zeros stand for what was not written any
+// more. `samples` turns true at a table that has some.
+bool IsWritten(const Box& box, bool& samples) {
+    switch (box.Name()) {
+    case 0:
+        return false;
+    case Name("moov"):
+    case Name("trak"):
+    case Name("mdia"):
+    case Name("minf"):
+    case Name("stbl"): {
+        bool good = true;
+        const bool whole = box.ForEach([&](const Box& inside) { return good = IsWritten(inside, samples); });
+        return whole && good;
+    }
+    case Name("stsz"):
+    case Name("stz2"):
+        samples = samples || (box.Size() >= 12 && mp4::Read32(box.Data() + 8) > 0);
+        return true;
+    default:
+        return true;
+    }
 }
 
 // Copies the box, and of a box of tables only the description of what they hold. False at a broken box.
@@ -68,10 +92,11 @@ bool CopySkeleton(const Box& box, std::vector<std::uint8_t>& out) {
 
 } // namespace
 
-std::shared_ptr<const Mp4Movie> Mp4Movie::Read(const FileSource& file) {
+std::shared_ptr<const Mp4Movie> Mp4Movie::Read(const FileSource& file, std::int64_t most_bytes,
+                                               const CancelToken& cancel) {
     std::int64_t at = 0;
     std::vector<std::uint8_t> type;
-    for (int n = 0; n < kMostTopBoxes && file.Size() - at >= 8; ++n) {
+    for (int n = 0; n < kMostTopBoxes && file.Size() - at >= 8 && !cancel.Cancelled(); ++n) {
         std::array<std::uint8_t, 16> bytes{};
         const std::int64_t got = file.ReadAt(at, bytes.data(), bytes.size());
         if (got < 8) return nullptr;
@@ -83,8 +108,8 @@ std::shared_ptr<const Mp4Movie> Mp4Movie::Read(const FileSource& file) {
             if (file.ReadAt(0, type.data(), type.size()) != head->size_bytes) return nullptr;
         }
         if (head->name == Name("moov")) {
-            if (head->size_bytes > kMostMovieBytes) return nullptr;
-            std::unique_ptr<std::uint8_t[]> movie = ReadBox(file, at, head->size_bytes);
+            if (head->size_bytes > most_bytes) return nullptr;
+            std::unique_ptr<std::uint8_t[]> movie = ReadBox(file, at, head->size_bytes, cancel);
             if (!movie) return nullptr;
             const Box box(head->name, {movie.get(), static_cast<std::size_t>(head->size_bytes)},
                           static_cast<std::size_t>(head->header_bytes));
@@ -94,6 +119,11 @@ std::shared_ptr<const Mp4Movie> Mp4Movie::Read(const FileSource& file) {
         at += head->size_bytes;
     }
     return nullptr;
+}
+
+bool Mp4Movie::TellsOfSamples() const {
+    bool samples = Fragmented();
+    return IsWritten(m_box, samples) && samples;
 }
 
 std::optional<Box> Mp4Movie::Track(std::uint32_t id) const {

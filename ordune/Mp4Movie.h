@@ -3,6 +3,7 @@
 // Immutable; any thread.
 #pragma once
 
+#include "ordune/CancelToken.h"
 #include "ordune/FileSource.h"
 #include "ordune/Mp4Box.h"
 
@@ -15,14 +16,20 @@ namespace ordune {
 
 class Mp4Movie {
   public:
-    // Null where the file is no MP4 file, or its movie box is missing, cut off or beyond belief.
-    static std::shared_ptr<const Mp4Movie> Read(const FileSource& file);
+    static constexpr std::int64_t kMostBytes = 1LL << 30; // a day's recording has some 50 MB
+
+    // Null where the file is no MP4 file, or its movie box is missing, cut off or beyond belief: larger than
+    // `most_bytes`. Also once cancelled.
+    static std::shared_ptr<const Mp4Movie> Read(const FileSource& file, std::int64_t most_bytes = kMostBytes,
+                                                const CancelToken& cancel = {});
 
     const mp4::Box& Content() const { return m_box; }
     // The track of this id; nothing where there is none.
     std::optional<mp4::Box> Track(std::uint32_t id) const;
     // The movie goes on in fragments, which lie somewhere behind its box.
     bool Fragmented() const { return m_box.Find(mp4::Name("mvex")).has_value(); }
+    // Whether it was written to its end, and tells of samples.
+    bool TellsOfSamples() const;
     std::int64_t End() const { return m_end; }
 
     // A small file of the same tracks without a sample: all that libavformat needs to describe them, and

@@ -1,11 +1,17 @@
 #include "ordune/Neighbours.h"
 
+#include "ordune/CallThread.h"
+#include "ordune/FileSource.h"
+
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <dirent.h>
 #include <memory>
+#include <string_view>
 #include <sys/stat.h>
+#include <system_error>
 #include <utility>
 
 namespace ordune {
@@ -36,9 +42,12 @@ std::string SuffixOf(const std::string& name) {
     return suffix;
 }
 
-} // namespace
+bool IsMp4(const std::string& suffix) {
+    constexpr std::array<std::string_view, 4> kSuffixes = {".mp4", ".mov", ".m4v", ".3gp"};
+    return std::find(kSuffixes.begin(), kSuffixes.end(), suffix) != kSuffixes.end();
+}
 
-std::vector<std::string> NeighboursOf(const std::string& path, std::size_t most) {
+std::vector<std::string> List(const std::string& path, std::size_t most) {
     const std::size_t slash = path.rfind('/');
     const std::string prefix = slash == std::string::npos ? "" : path.substr(0, slash + 1);
     const std::string own = path.substr(prefix.size());
@@ -51,7 +60,9 @@ std::vector<std::string> NeighboursOf(const std::string& path, std::size_t most)
         const dirent* entry = ::readdir(folder.get());
         if (!entry) break;
         std::string name = entry->d_name;
-        if (name == own || name[0] == '.' || SuffixOf(name) != suffix) continue;
+        if (name == own || name[0] == '.') continue;
+        const std::string its = SuffixOf(name);
+        if (its != suffix && (IsMp4(suffix) || !IsMp4(its))) continue;
         const auto differ = std::mismatch(name.begin(), name.end(), own.begin(), own.end());
         found.push_back({std::move(name), static_cast<std::size_t>(differ.second - own.begin())});
     }
@@ -75,6 +86,20 @@ std::vector<std::string> NeighboursOf(const std::string& path, std::size_t most)
     for (const Neighbour& neighbour : found)
         paths.push_back(prefix + neighbour.name);
     return paths;
+}
+
+} // namespace
+
+std::vector<std::string> NeighboursOf(const std::string& path, std::size_t most) {
+    // On a thread of its own: the share may have gone away.
+    const auto found = std::make_shared<std::vector<std::string>>();
+    try {
+        CallThread calls;
+        if (!calls.Run([=] { *found = List(path, most); }, FileSource::kPatience)) return {};
+    } catch (const std::system_error&) {
+        return {};
+    }
+    return std::move(*found);
 }
 
 } // namespace ordune

@@ -1,4 +1,4 @@
-// Other recordings of the same recorder: files beside a file that end like it.
+// Other recordings of the same recorder: files beside a file that end like it, or like an MP4 file.
 #pragma once
 
 #include <cstddef>
@@ -8,8 +8,9 @@
 namespace ordune {
 
 // The paths of at most `most` regular files in the folder of `path` with the same suffix (small or capital
-// letters), the nearest first: by how much of the beginning of their names they share, then by when they were
-// last written to. Empty where the folder cannot be read.
+// letters), or with one of MP4 files where its own is none, the nearest first: by how much of the beginning
+// of their names they share, then by when they were last written to. Empty where the folder cannot be read,
+// or does not answer within FileSource::kPatience.
 std::vector<std::string> NeighboursOf(const std::string& path, std::size_t most);
 
 } // namespace ordune

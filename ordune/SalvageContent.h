@@ -6,8 +6,8 @@
 // is only ever read; so are those beside it.
 #pragma once
 
-#include "ordune/AvcConfiguration.h"
 #include "ordune/FileContent.h"
+#include "ordune/SalvageKey.h"
 
 #include <chrono>
 #include <cstdint>
@@ -18,7 +18,8 @@ namespace ordune {
 
 class SalvageContent final : public FileContent {
   public:
-    // Null where the file is no MP4 file, or has its movie box, or where no picture can be made of its data.
+    // Null where the file is no MP4 file, or its movie box tells of samples, or where no picture can be made
+    // of its data. That comes within two seconds, as long as the files that it reads answer.
     static Result<std::shared_ptr<FileContent>> Make(const std::shared_ptr<const FileSource>& file,
                                                      std::chrono::milliseconds patience);
 
@@ -26,11 +27,6 @@ class SalvageContent final : public FileContent {
                                                        CancelToken cancel) const override;
 
   private:
-    // How the data is to be read.
-    struct Key {
-        AvcConfiguration configuration;
-        std::optional<TimeScale> rate; // where the sets do not tell
-    };
     struct Stretch {
         std::int64_t begin = 0;
         std::int64_t end = 0;
@@ -38,13 +34,11 @@ class SalvageContent final : public FileContent {
 
     SalvageContent() = default;
     static std::optional<Stretch> FindData(const FileSource& file);
-    static std::optional<Key> KeyInData(const std::shared_ptr<const FileSource>& file, const Stretch& data);
-    static std::optional<Key> KeyOfNeighbour(const std::string& path);
     static std::shared_ptr<SalvageContent> Try(const std::shared_ptr<const FileSource>& file,
-                                               const Stretch& data, const Key& key,
-                                               std::chrono::milliseconds patience);
-    bool Describe(const Key& key, const SequenceParameters& sequence);
-    bool DecodesCleanly(const std::shared_ptr<const FileSource>& file) const;
+                                               const Stretch& data, const SalvageKey& key,
+                                               std::chrono::milliseconds patience, const CancelToken& latest);
+    bool Describe(const SalvageKey& key, const SequenceParameters& sequence);
+    bool DecodesCleanly(const std::shared_ptr<const FileSource>& file, const CancelToken& latest) const;
 
     std::size_t m_length_bytes = 4;
 };

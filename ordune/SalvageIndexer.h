@@ -4,6 +4,7 @@
 // Used by one thread at a time; what it publishes is for all.
 #pragma once
 
+#include "ordune/CancelToken.h"
 #include "ordune/FileSource.h"
 #include "ordune/FrameTable.h"
 #include "ordune/NalChain.h"
@@ -20,10 +21,11 @@ class SalvageIndexer {
   public:
     // Looks through [begin, end) of the file, with these sets in force at first.
     SalvageIndexer(std::shared_ptr<const FileSource> file, std::int64_t begin, std::int64_t end,
-                   std::size_t length_bytes, ParameterSets sets, std::shared_ptr<FrameTable> table);
+                   std::size_t length_bytes, ParameterSets sets, std::shared_ptr<FrameTable> table,
+                   CancelToken cancel);
 
-    // Takes a step and publishes what is final after it. False when there is no more; the table is finished
-    // then.
+    // Takes a step, over before long, and publishes what is final after it. False when there is no more; the
+    // table is finished then. Once cancelled, it does nothing.
     bool Advance();
 
     const std::optional<SequenceParameters>& FirstSequence() const { return m_pictures.FirstSequence(); }
@@ -34,6 +36,7 @@ class SalvageIndexer {
     const std::int64_t m_begin;
     const std::int64_t m_end;
     const std::shared_ptr<FrameTable> m_table;
+    const CancelToken m_cancel;
     NalChain m_chain;
     PictureGatherer m_pictures;
 };

@@ -16,8 +16,12 @@
 #include <condition_variable>
 #include <cstdarg>
 #include <cstring>
+#include <dirent.h>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
+#include <future>
 #include <linux/magic.h>
 #include <memory>
 #include <mutex>
@@ -43,9 +47,15 @@ class Server {
         const std::lock_guard lock(m_mutex);
         m_away = true;
     }
+    // Answers for files alone: whoever lists the folder hangs.
+    void HideList() {
+        const std::lock_guard lock(m_mutex);
+        m_list_hidden = true;
+    }
     void ComeBack() {
         const std::lock_guard lock(m_mutex);
         m_away = false;
+        m_list_hidden = false;
         m_changed.notify_all();
     }
     // How often somebody has hung.
@@ -57,6 +67,10 @@ class Server {
     void Answer(const char* path) {
         std::unique_lock lock(m_mutex);
         if (IsHere(path)) AnswerLocked(lock);
+    }
+    void AnswerList(const char* path) {
+        std::unique_lock lock(m_mutex);
+        if (IsHere(path)) m_changed.wait(lock, [this] { return !m_away && !m_list_hidden; });
     }
     void Answer(int descriptor) {
         std::unique_lock lock(m_mutex);
@@ -87,6 +101,7 @@ class Server {
     // Guarded by m_mutex.
     std::string m_folder;
     bool m_away = false;
+    bool m_list_hidden = false;
     int m_hung = 0;
     std::set<int> m_open;
 };
@@ -115,6 +130,12 @@ int open(const char* path, int flags, ...) {
     const int descriptor = static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags, mode));
     TheServer().Opened(path, descriptor);
     return descriptor;
+}
+
+DIR* opendir(const char* path) {
+    TheServer().AnswerList(path);
+    static const auto system = reinterpret_cast<DIR* (*)(const char*)>(::dlsym(RTLD_NEXT, "opendir"));
+    return system(path);
 }
 
 int fstatfs(int descriptor, struct statfs* system) noexcept {
@@ -246,6 +267,27 @@ TEST_F(HangingShare, AFileMayBeLetGoWhileAReadHangs) {
     }
     TheServer().ComeBack();
     ExpectOpensSoon(m_share / "a.mp4");
+}
+
+TEST_F(HangingShare, ARecordingThatLooksForOthersBesideItWaitsForTheirListOnlySoLong) {
+    // It opens by the sets of one beside it, as soon as it can know of that.
+    const std::string lost = m_share / "lost.mp4";
+    std::filesystem::copy_file(m_share / "a.mp4", lost);
+    std::filesystem::resize_file(lost, std::filesystem::file_size(lost) * 9 / 10);
+    {
+        std::fstream file(lost, std::ios::in | std::ios::out | std::ios::binary);
+        std::string bytes(std::istreambuf_iterator<char>(file), {});
+        const std::size_t movie = bytes.find("moov");
+        if (movie != std::string::npos) std::filesystem::resize_file(lost, movie - 4);
+    }
+    TheServer().HideList();
+    auto opening = std::async(std::launch::async, [&] { return MediaFile::Open(lost); });
+    const bool returned = opening.wait_for(20s) == std::future_status::ready;
+    if (!returned) TheServer().ComeBack();
+    EXPECT_TRUE(returned);
+    EXPECT_FALSE(opening.get());
+    TheServer().ComeBack();
+    ExpectOpensSoon(lost);
 }
 
 TEST(CallThread, DoesOneThingAfterTheOtherAndRefusesWhileOneHangs) {

@@ -133,6 +133,15 @@ TEST(IndexRun, AsksAStepThatTakesLongToEnd) {
     EXPECT_LE(steps, 2);
 }
 
+TEST(IndexRun, GivesUpByTheClockWhereStepsWaitAndFindNothing) {
+    const auto table = std::make_shared<FrameTable>(true);
+    IndexRun run(table, [] {
+        std::this_thread::sleep_for(1ms);
+        return true;
+    });
+    EXPECT_FALSE(run.Begin(0ms, 1h, nullptr, CancelToken::After(20ms)));
+}
+
 TEST_F(Endless, SoundIsNotReadOnceThatIsCancelled) {
     const std::string path = m_folder.File("film.mkv");
     support::MakeClip(path, {.container = support::ClipContainer::Matroska, .sound = true});
