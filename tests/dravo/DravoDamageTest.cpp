@@ -84,6 +84,32 @@ const std::string& LongFilm() {
     return path;
 }
 
+TEST(LostMovieBox, LeavesARecordingThatIsSteppedAndCapturedAsEver) {
+    constexpr int kFrames = 60;
+    const support::TemporaryFolder folder;
+    const support::ClipOptions options{.frames = kFrames, .keyInterval = 20, .bFrames = 2, .sound = true};
+    support::MakeClip(folder / "rec1.mp4", options);
+    support::MakeClip(folder / "rec2.mp4", options);
+    std::ifstream whole(folder / "rec1.mp4", std::ios::binary);
+    const std::string bytes(std::istreambuf_iterator<char>(whole), {});
+    std::filesystem::resize_file(folder / "rec1.mp4", bytes.rfind("moov") - 4);
+    const OpenPort port(folder / "rec1.mp4");
+    ASSERT_TRUE(port.Open());
+    ASSERT_TRUE(support::WaitUntil([&] { return Dravo_GetFileTotalFrames(port) == kFrames; }, 20s));
+    port.PlayPaused();
+    for (int frame = 1; frame <= 45; ++frame) {
+        ASSERT_TRUE(Dravo_OneByOne(port));
+        ASSERT_EQ(Dravo_GetCurrentFrameNum(port), static_cast<unsigned long>(frame));
+    }
+    EXPECT_EQ(port.StillNumber(), 45);
+    for (int frame = 44; frame >= 15; --frame)
+        ASSERT_TRUE(Dravo_OneByOneBack(port));
+    EXPECT_EQ(port.StillNumber(true), 15);
+    ASSERT_TRUE(Dravo_SetCurrentFrameNum(port, kFrames - 1));
+    EXPECT_EQ(port.StillNumber(), kFrames - 1);
+    EXPECT_FALSE(Dravo_OneByOne(port));
+}
+
 TEST(LostPictures, InAVeryLongFilmArePassedOverWithoutAWait) {
     // The last three of a group: what comes after them refers to none of them.
     constexpr int kAt = kLoop * (kLoops - 2) + 147;
