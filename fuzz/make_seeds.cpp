@@ -66,6 +66,27 @@ void Write(const fs::path& path, const std::string& bytes) {
     if (!file.flush()) throw std::runtime_error("cannot write " + path.string());
 }
 
+// The clip as it is left by a recorder that lost power before it wrote the movie box.
+std::string WithoutMovie(const ClipOptions& options, const fs::path& path) {
+    support::MakeClip(path.string(), options);
+    std::string bytes = Content(path);
+    bytes.resize(bytes.rfind("moov") - 4);
+    bytes.replace(bytes.find("mdat") - 4, 4, 4, '\0');
+    return bytes;
+}
+
+// There is nothing beside the input: the sets are in the data.
+std::map<std::string, ClipOptions> LostRecordings() {
+    return {
+        {"lost.mp4", Small({.keyInterval = 5, .codecOptions = {{"x264-params", "repeat-headers=1"}}})},
+        {"lost_sound.mp4", Small({.keyInterval = 5,
+                                  .bFrames = 2,
+                                  .openGop = true,
+                                  .codecOptions = {{"x264-params", "repeat-headers=1:open-gop=1"}},
+                                  .sound = true})},
+    };
+}
+
 // As calls.cpp reads them: a count, then a call and its argument each.
 std::string Calls(std::initializer_list<std::array<int, 2>> calls) {
     std::string bytes(1, static_cast<char>(calls.size()));
@@ -99,6 +120,8 @@ void MakeAll(const fs::path& folder) {
         support::MakeClip((folder / "raw_index" / (name + ".264")).string(), options);
     for (const auto& [name, options] : Containers())
         support::MakeClip((folder / "container" / name).string(), options);
+    for (const auto& [name, options] : LostRecordings())
+        Write(folder / "container" / name, WithoutMovie(options, folder / "container" / name));
     const std::array<fs::path, 4> played = {
         folder / "raw_index" / "reordered.264", folder / "container" / "plain.mp4",
         folder / "container" / "fragments.mp4", folder / "container" / "plain.mkv"};
