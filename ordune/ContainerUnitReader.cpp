@@ -97,19 +97,19 @@ FormatUnitReader::FormatUnitReader(std::shared_ptr<const FileSource> file,
       m_packet(std::move(packet)), m_cancel(std::move(cancel)) {}
 
 Result<void> FormatUnitReader::Rewind() {
-    m_input.reset();
-    m_have_packet = false;
-    m_next = 0;
-    Result<std::unique_ptr<FormatInput>> input =
+    Result<std::unique_ptr<FormatInput>> opened =
         FormatInput::Open(m_file, FormatInput::Haste::None, m_cancel);
-    if (!input) return input.Failure();
-    m_input = std::move(input.Value());
+    if (!opened) return opened.Failure();
+    std::unique_ptr<FormatInput> input = std::move(opened.Value());
     // The same reading ahead as when the index was made, so that packets are cut the same way.
-    if (!m_input->IsMp4()) m_input->FindStreamInfo();
-    if (m_stream_index >= static_cast<int>(m_input->Context()->nb_streams)) {
+    if (!input->IsMp4()) input->FindStreamInfo();
+    if (m_stream_index >= static_cast<int>(input->Context()->nb_streams)) {
         return Error{ErrorKind::Io, "the file has changed while it was open", m_file->Path()};
     }
-    m_input->ReadOnly(m_stream_index);
+    input->ReadOnly(m_stream_index);
+    // Only now: a file that was cut meanwhile is asked for further positions all the same.
+    m_input = std::move(input);
+    m_next = 0;
     const AVCodecParameters* first = m_input->Context()->streams[m_stream_index]->codecpar;
     m_use.emplace(*first);
     m_parameters.assign(first->extradata, first->extradata + first->extradata_size);
@@ -178,6 +178,8 @@ Result<bool> FormatUnitReader::Jump(UnitNumber first_of_group) {
 Result<void> FormatUnitReader::SeekTo(UnitNumber first_of_group) {
     if (!m_table->BeginsGroup(first_of_group)) return NotAGroup(*m_file);
     m_after_seek = true;
+    m_have_packet = false;
+    m_next = kNoUnit; // until it is reached
     const Result<bool> there = Jump(first_of_group);
     if (!there) return there.Failure();
     if (there.Value()) {
