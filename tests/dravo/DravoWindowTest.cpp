@@ -1,5 +1,6 @@
 // Playing into windows of a real X server: what is to be seen there, read back from its pixels.
 #include "tests/dravo/ScreenFixture.h"
+#include "tests/support/CallTimes.h"
 
 namespace {
 
@@ -7,6 +8,7 @@ using namespace dravo_tests;
 
 constexpr Place kFirst{0, 0, 320, 180};
 constexpr Place kSecond{400, 0, 320, 180};
+constexpr int kRounds = 3;
 
 // The long film goes on for as long as any of these tests.
 const std::string& LongFilm() {
@@ -14,6 +16,31 @@ const std::string& LongFilm() {
 }
 
 class WindowTest : public ScreenTest {};
+
+// Everything that a program calls for a file, on a port that plays into a window that is no more.
+void CallEverything(support::CallTimes& time, const OpenPort& port, xcb_window_t gone) {
+    const DravoRect part{0, 0, 160, 90};
+    EXPECT_TRUE(time("Pause", [&] { return Dravo_Pause(port, 1); }));
+    EXPECT_TRUE(time("RefreshPlay", [&] { return Dravo_RefreshPlay(port); }));
+    EXPECT_TRUE(time("RefreshPlayEx", [&] { return Dravo_RefreshPlayEx(port, 0); }));
+    EXPECT_TRUE(time("SetDisplayRegion", [&] { return Dravo_SetDisplayRegion(port, 0, &part, gone, 1); }));
+    EXPECT_TRUE(time("SetDisplayRegion", [&] { return Dravo_SetDisplayRegion(port, 0, &part, gone, 0); }));
+    EXPECT_TRUE(time("SetColor", [&] { return Dravo_SetColor(port, 0, 70, 64, 64, 64); }));
+    EXPECT_TRUE(time("OneByOne", [&] { return Dravo_OneByOne(port); }));
+    EXPECT_TRUE(time("OneByOneBack", [&] { return Dravo_OneByOneBack(port); }));
+    EXPECT_TRUE(time("SetCurrentFrameNum", [&] { return Dravo_SetCurrentFrameNum(port, 300); }));
+    EXPECT_EQ(time("GetBMP", [&] { return port.StillNumber(); }), 300);
+    EXPECT_TRUE(time("Pause off", [&] { return Dravo_Pause(port, 0); }));
+    EXPECT_TRUE(time("Fast", [&] { return Dravo_Fast(port); }));
+    EXPECT_TRUE(time("Slow", [&] { return Dravo_Slow(port); }));
+    EXPECT_FALSE(time("Play", [&] { return Dravo_Play(port, gone); }));
+    EXPECT_TRUE(time("Stop", [&] { return Dravo_Stop(port); }));
+    EXPECT_FALSE(time("Play from stop", [&] { return Dravo_Play(port, gone); }));
+    EXPECT_TRUE(time("CloseFile", [&] { return Dravo_CloseFile(port); }));
+    EXPECT_TRUE(time("OpenFile", [&] { return Dravo_OpenFile(port, LongFilm().c_str()); }));
+    EXPECT_TRUE(time("Play without a window", [&] { return Dravo_Play(port, 0); }));
+    EXPECT_TRUE(time("CloseFile", [&] { return Dravo_CloseFile(port); }));
+}
 
 TEST_F(WindowTest, ThePictureToBeSeenWhilePausedIsTheCurrentFrame) {
     const OpenPort port(LongFilm());
@@ -118,6 +145,37 @@ TEST_F(WindowTest, StopWorksAfterTheWindowWasDestroyed) {
     m_screen.Destroy(window);
     EXPECT_TRUE(Dravo_Stop(port));
     PlayHalted(port, MakeWindow(kSecond), kSecond, 12);
+}
+
+TEST_F(WindowTest, ADestroyedWindowHoldsNoCallUp) {
+    support::CallTimes times;
+    for (int round = 0; round < kRounds; ++round) {
+        const OpenPort port(LongFilm());
+        const xcb_window_t window = MakeWindow(kFirst);
+        ASSERT_TRUE(Dravo_Play(port, window));
+        ASSERT_TRUE(Advances(kFirst));
+        m_screen.Destroy(window);
+        CallEverything(times, port, window);
+    }
+    EXPECT_LE(times.Slowest(), support::CallTimes::kLongest) << times;
+    RecordProperty("slowest_ms", std::to_string(times.Slowest().count()));
+}
+
+TEST_F(WindowTest, AServerThatEndsHoldsNoCallUp) {
+    support::CallTimes times;
+    for (int round = 0; round < kRounds; ++round) {
+        support::XServer server;
+        setenv("DISPLAY", server.Display().c_str(), 1);
+        support::XScreen screen(server.Display());
+        const OpenPort port(LongFilm());
+        const xcb_window_t window = screen.MakeWindow(0, 0, 320, 180);
+        ASSERT_TRUE(Dravo_Play(port, window));
+        ASSERT_TRUE(support::WaitUntil([&] { return port.Pictures().Count() >= 3; }, 10s));
+        server.Kill();
+        CallEverything(times, port, window);
+    }
+    EXPECT_LE(times.Slowest(), support::CallTimes::kLongest) << times;
+    RecordProperty("slowest_ms", std::to_string(times.Slowest().count()));
 }
 
 TEST_F(WindowTest, APausedPictureFollowsTheWindowsSizeAndPlace) {
