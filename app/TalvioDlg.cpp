@@ -19,12 +19,14 @@
 #include <QTimer>
 #include <QTranslator>
 
+#include <chrono>
 #include <initializer_list>
 #include <new>
 
 namespace {
 
 constexpr QSize kStartSize(750, 480);
+constexpr std::chrono::seconds kDiskPatience{3};
 
 } // namespace
 
@@ -53,7 +55,11 @@ CTalvioDlg::~CTalvioDlg() {
     // The library must neither call a window that is going nor draw into it. Stopping is what ends both.
     m_bConCap = false;
     m_bEnding = true;
-    if (m_pOperate != nullptr) m_pOperate->Stop();
+    if (m_pOperate != nullptr) {
+        m_pOperate->Stop();
+        // What a disk that hangs has not taken by then is lost; nobody waits for ever for a program to end.
+        m_pOperate->FinishCaptures(kDiskPatience);
+    }
     if (g_pApp == this) g_pApp = nullptr;
 
     delete m_pTranslator;
@@ -147,4 +153,10 @@ void CTalvioDlg::ConCapPic() {
     if (m_pOperate->CapPic(m_nConCapType, path.data())) return;
     // A capture that a stop or close cut short is no failure; of several failing ones only the first is told.
     if (!m_bEnding && m_bConCap.exchange(false)) emit SendErrorMsg();
+}
+
+// The capture that failed was taken for done: it may be one of many, or one whose capturing has been ended.
+void CTalvioDlg::CaptureFailed() {
+    m_bConCap = false;
+    emit SendErrorMsg();
 }

@@ -14,9 +14,10 @@
 //   TalvioDlgDialogs.cpp     dialogs and the facts that they show
 //
 // Threads: everything runs on the GUI thread but SendMsg() and ConCapPic(), which the playback library calls
-// on its own threads. What those two read is marked below. The GUI thread holds no lock while it calls the
-// library, and the library calls back only between a successful Open() and the return of Stop() or Close();
-// the destructor stops playback, so that no call can find a window that is going.
+// on its own threads, and CaptureFailed(), on one of the facade's. What these read is marked below. The GUI
+// thread holds no lock while it calls the library, and the library calls back only between a successful
+// Open() and the return of Stop() or Close(); the destructor stops playback and ends the captures, so that no
+// call can find a window that is going.
 #pragma once
 
 #include "app/DlgActions.h"
@@ -80,6 +81,7 @@ class CTalvioDlg : public QDialog,
     void SendMsg(int nCode) override;
     // A picture was displayed: captures it while continuous capture is on.
     void ConCapPic() override;
+    void CaptureFailed() override;
 
     // Null when the window could not be built.
     COperate* GetOperate() const override { return m_pOperate; }

@@ -277,7 +277,12 @@ bool CTalvioDlg::CapPic() {
     if (m_pOperate == nullptr) return false;
     const int nState = m_pOperate->GetCurrentState();
     if (nState == COperate::kNoFile || nState == COperate::kStopped) return false;
-    if (!m_pOperate->CapPic(m_nCapType, PathBytes(m_strCapPath).data())) {
+    bool bCaptured = false;
+    {
+        const auto haste = m_pOperate->Haste();
+        bCaptured = m_pOperate->CapPic(m_nCapType, PathBytes(m_strCapPath).data());
+    }
+    if (!bCaptured) {
         ShowErrorMsg();
         return false;
     }

@@ -2,6 +2,7 @@
 
 #include "engine/BrekCtrl.h"
 #include "engine/PlayCtrl.h"
+#include "engine/PlayEvents.h"
 
 #include <algorithm>
 #include <cstring>
@@ -9,7 +10,10 @@
 #include <new>
 #include <utility>
 
-COperate::COperate() : m_pEngine(std::make_shared<CPlayCtrlProxy>()) {}
+COperate::COperate()
+    : m_pEngine(std::make_shared<CPlayCtrlProxy>()), m_captureWriter([] {
+          if (g_pApp != nullptr) g_pApp->CaptureFailed();
+      }) {}
 
 COperate::~COperate() = default;
 
@@ -57,6 +61,7 @@ bool COperate::SelectCtrlProxy() {
 }
 
 bool COperate::Open(char* pPath) {
+    const auto haste = Haste();
     if (!m_pEngine) return false;
     m_pEngine->Open(pPath);
     m_bLengthExact = false;
@@ -80,6 +85,7 @@ bool COperate::OpenFile(char* pPath) {
 }
 
 bool COperate::Close() {
+    const auto haste = Haste();
     Stop();
     if (!m_pEngine) return false;
     // After this no callback of the file runs, so nothing uses the engine any more.
@@ -94,6 +100,7 @@ bool COperate::GetPort() {
 }
 
 bool COperate::Play() {
+    const auto haste = Haste();
     if (!m_pEngine) return false;
     switch (m_nState.load()) {
     case kNoFile:
@@ -139,6 +146,7 @@ bool COperate::Pause() {
 }
 
 bool COperate::Stop() {
+    const auto haste = Haste();
     if (!m_pEngine || m_nState == kNoFile || m_nState == kStopped) return false;
     m_pEngine->Stop();
     m_nState = kStopped;
@@ -146,6 +154,7 @@ bool COperate::Stop() {
 }
 
 bool COperate::Forward() {
+    const auto haste = Haste();
     if (!m_pEngine || m_nState == kNoFile || m_nState == kStopped) return false;
     if (!m_pEngine->StepForward()) return false;
     m_nState = kPaused;
@@ -153,6 +162,7 @@ bool COperate::Forward() {
 }
 
 bool COperate::Back() {
+    const auto haste = Haste();
     if (!m_pEngine || m_nState == kNoFile || m_nState == kStopped) return false;
     if (!m_pEngine->StepBackward()) return false;
     m_nState = kPaused;
@@ -200,6 +210,7 @@ bool COperate::RefreshPlay() {
 }
 
 bool COperate::RefreshPlayEx(unsigned long nRegion) {
+    const auto haste = Haste();
     return m_pEngine && m_pEngine->RefreshPlayEx(nRegion);
 }
 
@@ -305,6 +316,7 @@ bool COperate::SetDisplayRegion(tagBrekRect rect) {
 }
 
 bool COperate::InitRangeShow(unsigned long nRegion, tagBrekRect rect, unsigned int nHwnd) {
+    const auto haste = Haste();
     if (!m_pEngine) return false;
     const bool bSet = m_pEngine->SetDisplayRegion(nRegion, rect, nHwnd, 1);
     const bool bDrawn = m_pEngine->RefreshPlayEx(nRegion);
@@ -312,6 +324,7 @@ bool COperate::InitRangeShow(unsigned long nRegion, tagBrekRect rect, unsigned i
 }
 
 bool COperate::SetRegion(unsigned long nRegion, tagBrekRect rect, unsigned int nHwnd, int nEnable) {
+    const auto haste = Haste();
     return m_pEngine && m_pEngine->SetDisplayRegion(nRegion, rect, nHwnd, nEnable);
 }
 

@@ -9,12 +9,15 @@
 // CapPic(), from inside the display callback, SetFileRefStatus(), and reading the state. The library ends its
 // callbacks before its stopping and closing calls return, and a capture may wait for the picture of a seek;
 // so m_captureMutex is never held across a call into the engine. A callback can then always finish while the
-// GUI thread waits for it.
+// GUI thread waits for it: commands that wait for the library are in haste (Haste()), and a capture then does
+// not wait for its disk.
 #pragma once
 
+#include "engine/CaptureWriter.h"
 #include "engine/PlayRecords.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -114,10 +117,17 @@ class COperate {
     // ---- Capture ----
 
     // Writes the current picture to a new file in the folder `pDir`: BMP for type 0, else JPEG. Any thread,
-    // also inside the display callback.
+    // also inside the display callback. Where the disk takes long and somebody is in haste, it returns true
+    // before the file is written; CPlayEvents::CaptureFailed then tells of a failure.
     bool CapPic(int nType, char* pDir);
+    // The caller will not wait long for a capture, while the result lives: neither for one of his own nor for
+    // one that holds the library up. The commands above that wait for the library do this by themselves.
+    [[nodiscard]] CCaptureWriter::CHaste Haste() { return CCaptureWriter::CHaste(m_captureWriter); }
+    // Waits for the captures under way, but for a disk that hangs not longer than `patience`, and tells of no
+    // failure from then on. False when something is still unwritten.
+    bool FinishCaptures(std::chrono::milliseconds patience) { return m_captureWriter.Finish(patience); }
     // Full name of the last picture written, empty before the first. Any thread.
-    std::string GetLastCapFile() const;
+    std::string GetLastCapFile() const { return m_captureWriter.LastWritten(); }
 
     // ---- Callbacks ----
 
@@ -218,5 +228,7 @@ class COperate {
     long m_nPicHeight = 0;
     int m_nBmpCounter = 0;
     int m_nJpegCounter = 0;
-    std::string m_strLastCapFile;
+
+    // ---- With a lock of its own ----
+    CCaptureWriter m_captureWriter;
 };

@@ -1,7 +1,8 @@
 // Picture capture, the one duty of the facade that other threads share.
 //
 // A capture: take the kept buffer, or a new one where another capture has it; let the engine encode into it,
-// or into a larger one where the picture has grown; take a number and thereby a name of its own; write.
+// or into a larger one where the picture has grown; take a number and thereby a name of its own; have it
+// written.
 // Several may run at once, each with its own buffer and name.
 #include "engine/CaptureFile.h"
 #include "engine/Operate.h"
@@ -89,18 +90,10 @@ bool COperate::CapPicInto(Buffer* pBuffer, unsigned long* pSize, int nType, cons
     if (nWritten > *pSize) return false;
 
     const std::string strName = CaptureFileName(pDir, when, NextCaptureNumber(bBmp), bBmp ? "bmp" : "jpeg");
-    if (!WriteCaptureFile(strName, pBuffer->get(), nWritten)) return false;
-    const std::lock_guard lock(m_captureMutex);
-    m_strLastCapFile = strName;
-    return true;
+    return m_captureWriter.Write(strName, pBuffer->get(), nWritten);
 }
 
 int COperate::NextCaptureNumber(bool bBmp) {
     const std::lock_guard lock(m_captureMutex);
     return bBmp ? m_nBmpCounter++ : m_nJpegCounter++;
-}
-
-std::string COperate::GetLastCapFile() const {
-    const std::lock_guard lock(m_captureMutex);
-    return m_strLastCapFile;
 }

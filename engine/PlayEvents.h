@@ -14,6 +14,8 @@ class CPlayEvents {
     virtual void SendMsg(int nCode) = 0;
     // A picture has been displayed: the moment to capture one when continuous capture is on. Any thread.
     virtual void ConCapPic() = 0;
+    // A captured picture that nobody waits for any more could not be written. On a thread of the facade's.
+    virtual void CaptureFailed() = 0;
 };
 
 // The running program's main window; null before it is made. Set once, before any file is opened.

@@ -37,6 +37,7 @@ class CWitness : public CPlayEvents {
 
     void SendMsg(int nCode) override { m_pDlg->SendMsg(nCode); }
     void ConCapPic() override;
+    void CaptureFailed() override { m_pDlg->CaptureFailed(); }
 
     std::vector<CShown> Shown() const;
     // The number displayed last; -1 for none.

@@ -5,7 +5,9 @@
 #include "engine/PlayEvents.h"
 #include "tests/fakes/DravoFake.h"
 #include "tests/support/FileSizeLimit.h"
+#include "tests/support/HangingDisk.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/WaitUntil.h"
 
 #include <algorithm>
 #include <atomic>
@@ -72,8 +74,10 @@ class CCapturingWindow : public CPlayEvents {
         if (nState == 0 || nState == 3) return;
         if (m_pOperate->CapPic(1, m_strDir.data())) ++m_nCaptured;
     }
+    void CaptureFailed() override { ++m_nLateFailures; }
 
     std::atomic<int> m_nCaptured{0};
+    std::atomic<int> m_nLateFailures{0};
 
   private:
     COperate* m_pOperate;
@@ -368,6 +372,128 @@ TEST_F(Capture, FilesMayBeOpenedAndClosedWhileTheLibraryDisplays) {
     bEnd = true;
     library.join();
     EXPECT_EQ(Names().size(), static_cast<std::size_t>(window.m_nCaptured) + 50U);
+}
+
+// ---- A disk that hangs. Each of these tests would last for ever if anything waited for it.
+
+using namespace std::chrono_literals;
+
+class HangingDisk : public Capture {
+  protected:
+    void SetUp() override {
+        Capture::SetUp();
+        g_pApp = &m_window;
+        m_fake.SetPictureSize(320, 200);
+        m_operate.GetImageSize();
+        m_fake.SetStills(std::string(200000, 'b'), std::string(200000, 'j'));
+    }
+    void TearDown() override {
+        m_disk.GoOn();
+        m_operate.FinishCaptures(60s);
+        Capture::TearDown();
+    }
+
+    // The library's thread displays, and is held up by the disk until somebody is in haste.
+    std::thread Display(int nPictures) {
+        return std::thread([this, nPictures] {
+            for (int n = 0; n < nPictures; ++n)
+                m_fake.FireDisplay(2);
+        });
+    }
+    bool IsWriting() {
+        return support::WaitUntil([this] { return m_disk.IsWaiting(); }, 20s);
+    }
+    // What is in the files, by their counters.
+    std::vector<std::string> Written() {
+        std::vector<std::string> contents;
+        for (const std::string& strName : Names()) {
+            if (strName.starts_with("picture-") && !strName.ends_with(".part"))
+                contents.push_back(strName.substr(22));
+        }
+        std::sort(contents.begin(), contents.end());
+        return contents;
+    }
+
+    CCapturingWindow m_window{&m_operate, m_folder.Path().string()};
+    // Holds up the first JPEG.
+    support::HangingDisk m_disk{m_folder.Path(), getpid(), 0, "jpeg"};
+};
+
+TEST_F(HangingDisk, HoldsNoCommandUpAndGetsEveryPictureInTheEnd) {
+    std::thread library = Display(3);
+    ASSERT_TRUE(IsWriting());
+    EXPECT_EQ(m_window.m_nCaptured, 0) << "so far it waits for the disk";
+    EXPECT_TRUE(m_operate.Stop());
+    library.join();
+    EXPECT_GE(m_window.m_nCaptured, 1) << "those that are not displayed any more are none";
+    EXPECT_TRUE(m_operate.Play());
+    EXPECT_TRUE(m_operate.Pause());
+    library = Display(2);
+    EXPECT_TRUE(m_operate.Forward());
+    EXPECT_TRUE(m_operate.Back());
+    EXPECT_TRUE(m_operate.Play());
+    EXPECT_TRUE(m_operate.Close());
+    library.join();
+    EXPECT_THAT(Written(), IsEmpty());
+    m_disk.GoOn();
+    EXPECT_TRUE(m_operate.FinishCaptures(60s));
+    EXPECT_EQ(Written().size(), static_cast<std::size_t>(m_window.m_nCaptured));
+    EXPECT_EQ(m_window.m_nLateFailures, 0);
+    EXPECT_TRUE(m_operate.GetLastCapFile().ends_with(Written().back())) << "in order";
+}
+
+TEST_F(HangingDisk, LetsACaptureInHasteGoAndHasItsPictureLater) {
+    {
+        const auto haste = m_operate.Haste();
+        EXPECT_TRUE(CapPic(1));
+        EXPECT_TRUE(CapPic(0)); // behind the other
+    }
+    EXPECT_EQ(m_operate.GetLastCapFile(), "");
+    EXPECT_THAT(Written(), IsEmpty());
+    m_disk.GoOn();
+    EXPECT_TRUE(m_operate.FinishCaptures(60s));
+    EXPECT_THAT(Written(), ElementsAre("00.bmp", "00.jpeg"));
+    EXPECT_TRUE(m_operate.GetLastCapFile().ends_with("00.bmp"));
+    EXPECT_EQ(Contents(m_operate.GetLastCapFile()), std::string(200000, 'b'));
+}
+
+TEST_F(HangingDisk, ThatIsLostInTheEndIsToldOnceAndGetsNothingMore) {
+    {
+        const auto haste = m_operate.Haste();
+        for (int n = 0; n < 5; ++n)
+            EXPECT_TRUE(CapPic(1));
+    }
+    const support::TemporaryFolder elsewhere;
+    std::filesystem::rename(m_folder.Path(), elsewhere.Path());
+    std::filesystem::create_directory(m_folder.Path());
+    m_disk.GoOn(elsewhere.Path());
+    EXPECT_TRUE(support::WaitUntil([this] { return m_window.m_nLateFailures > 0; }, 20s));
+    EXPECT_TRUE(CapPic(1)) << "the next one finds a disk again";
+    EXPECT_EQ(m_window.m_nLateFailures, 1);
+    EXPECT_THAT(Written(), ElementsAre("05.jpeg"));
+}
+
+TEST_F(HangingDisk, IsNotWaitedForAtTheEndOfTheProgram) {
+    {
+        const auto haste = m_operate.Haste();
+        EXPECT_TRUE(CapPic(1));
+    }
+    EXPECT_FALSE(m_operate.FinishCaptures(50ms));
+    m_disk.GoOn();
+    EXPECT_TRUE(m_operate.FinishCaptures(60s));
+    EXPECT_THAT(Written(), ElementsAre("00.jpeg"));
+}
+
+TEST_F(HangingDisk, TakesNoMoreThanTheMemoryMayHold) {
+    std::string strMuch(40 << 20, 'j');
+    m_fake.SetPictureSize(4096, 2160);
+    m_operate.GetImageSize();
+    m_fake.SetStills("", strMuch);
+    const auto haste = m_operate.Haste();
+    int nTaken = 0;
+    while (nTaken < 20 && CapPic(1))
+        ++nTaken;
+    EXPECT_EQ(nTaken, static_cast<int>(CCaptureWriter::kMostBytes / strMuch.size()));
 }
 
 } // namespace

@@ -16,6 +16,7 @@ class CListener : public CPlayEvents {
   public:
     void SendMsg(int nCode) override { m_codes.push_back(nCode); }
     void ConCapPic() override { ++m_nCaptures; }
+    void CaptureFailed() override {}
 
     std::vector<int> m_codes;
     int m_nCaptures = 0;
