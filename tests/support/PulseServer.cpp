@@ -44,7 +44,7 @@ PulseServer::PulseServer(At state) {
         {"PULSE_RUNTIME_PATH", folder},
         {"PULSE_STATE_PATH", folder},
         // Named outright, so that the client library starts no server by itself.
-        {"PULSE_SERVER", "unix:" + folder + "/native"},
+        {"PULSE_SERVER", Address()},
     };
     for (const auto& [name, value] : environment) {
         const char* old = std::getenv(name.c_str());
@@ -91,6 +91,10 @@ void PulseServer::Freeze() {
 }
 void PulseServer::Thaw() {
     m_server.Signal(SIGCONT);
+}
+
+std::string PulseServer::Address() const {
+    return "unix:" + (m_folder / "native");
 }
 
 bool PulseServer::HasClient() {

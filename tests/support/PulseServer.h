@@ -36,6 +36,9 @@ class PulseServer {
     void Freeze();
     void Thaw();
 
+    // Where programs find it, as PULSE_SERVER says it.
+    std::string Address() const;
+
     // Whether a program plays, as the server sees it.
     bool HasClient();
 

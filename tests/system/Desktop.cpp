@@ -12,7 +12,7 @@ using namespace std::chrono_literals;
 using support::ChildProcess;
 
 Desktop::Desktop(const Setup& setup) : m_scale(setup.scale), m_server(setup.screen, setup.serverArguments) {
-    // A sound server refuses a runtime folder that others may enter.
+    // Programs warn of a runtime folder that others may enter.
     std::filesystem::permissions(m_home.Path(), std::filesystem::perms::owner_all);
     for (const auto& command : setup.commands) {
         ChildProcess::Setup process;
@@ -21,7 +21,6 @@ Desktop::Desktop(const Setup& setup) : m_scale(setup.scale), m_server(setup.scre
         if (result.exitCode != 0) throw std::runtime_error(command.front() + ": " + result.output);
     }
     if (setup.windowManager) StartWindowManager();
-    StartSoundServer();
 }
 
 std::map<std::string, std::optional<std::string>> Desktop::Environment() const {
@@ -34,7 +33,7 @@ std::map<std::string, std::optional<std::string>> Desktop::Environment() const {
         {"XDG_CACHE_HOME", home + "/cache"},
         {"WAYLAND_DISPLAY", std::nullopt},
         {"XAUTHORITY", std::nullopt},
-        {"PULSE_SERVER", std::nullopt},
+        {"PULSE_SERVER", m_sound.Address()},
         {"QT_QPA_PLATFORM", std::nullopt}, // CTest sets it for tests without a screen
         {"QT_SCALE_FACTOR", m_scale.empty() ? std::nullopt : std::optional(m_scale)},
         {"DBUS_SESSION_BUS_ADDRESS", std::nullopt},
@@ -86,20 +85,6 @@ void Desktop::StartWindowManager() {
         },
         20s, 20ms);
     if (!isUp) throw std::runtime_error("no window manager: " + m_windowManager.Output());
-}
-
-void Desktop::StartSoundServer() {
-    ChildProcess::Setup setup;
-    setup.environment = Environment();
-    m_soundServer = ChildProcess::Start({"pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "-L",
-                                         "module-null-sink", "-L", "module-native-protocol-unix"},
-                                        setup);
-    const bool isUp = support::WaitUntil(
-        [&] {
-            return ChildProcess::Run({"pactl", "info"}, 5s, setup).exitCode == 0;
-        },
-        20s, 20ms);
-    if (!isUp) throw std::runtime_error("no sound server: " + m_soundServer.Output());
 }
 
 } // namespace system_tests

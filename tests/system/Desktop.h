@@ -1,9 +1,11 @@
 // A desktop of a test's own: X server, window manager and sound server, on names that nobody else has.
 //
-// Everything ends with the object. Throws std::runtime_error when a part does not come up.
+// Everything ends with the object. One at a time in a process, for its sound server's sake. Throws
+// std::runtime_error when a part does not come up.
 #pragma once
 
 #include "tests/support/ChildProcess.h"
+#include "tests/support/PulseServer.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/XServer.h"
 
@@ -36,6 +38,9 @@ class Desktop {
     // Ends the X server at once, as a crash would.
     void KillServer() { m_server.Kill(); }
 
+    // The sound server, to be lost and found.
+    support::PulseServer& Sound() { return m_sound; }
+
     // What a program needs to find this desktop and no other.
     std::map<std::string, std::optional<std::string>> Environment() const;
 
@@ -48,14 +53,13 @@ class Desktop {
 
   private:
     void StartWindowManager();
-    void StartSoundServer();
     void StartTextBus();
 
     std::string m_scale;
     support::TemporaryFolder m_home; // home and runtime folder of all programs on this desktop
     support::XServer m_server;
     support::ChildProcess m_windowManager;
-    support::ChildProcess m_soundServer;
+    support::PulseServer m_sound;
     support::ChildProcess m_sessionBus;
     support::ChildProcess m_textBus;
 };

@@ -1,11 +1,10 @@
 // Continuous capture: one file for every displayed picture, and its end where files cannot be written.
+#include "tests/system/CaptureFolder.h"
 #include "tests/system/PlayerTest.h"
 
 #include <algorithm>
 #include <functional>
-#include <map>
 #include <set>
-#include <sys/mount.h>
 #include <unistd.h>
 
 using namespace system_tests;
@@ -13,50 +12,6 @@ using namespace system_tests;
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr std::uintmax_t kPictureBytes = 640U * 360U * 3U + 54U;
-
-// A file system of its own, so small that four pictures fill it.
-class SmallDisk {
-  public:
-    SmallDisk() : m_isMounted(mount("tmpfs", m_folder.Path().c_str(), "tmpfs", 0, "size=3m") == 0) {}
-    ~SmallDisk() {
-        if (m_isMounted) umount2(m_folder.Path().c_str(), MNT_DETACH);
-    }
-    SmallDisk(const SmallDisk&) = delete;
-    SmallDisk& operator=(const SmallDisk&) = delete;
-
-    bool IsMounted() const { return m_isMounted; }
-    const fs::path& Path() const { return m_folder.Path(); }
-
-  private:
-    support::TemporaryFolder m_folder;
-    bool m_isMounted;
-};
-
-std::vector<fs::path> FilesIn(const fs::path& folder) {
-    std::vector<fs::path> files;
-    for (const auto& entry : fs::directory_iterator(folder))
-        files.push_back(entry.path());
-    return files;
-}
-
-// The numbers of the pictures in the files, in the order of capture: the counter follows the 14 digits of the
-// time.
-std::vector<int> NumbersIn(const std::vector<fs::path>& files) {
-    constexpr std::size_t kCounterFrom = 8 + 14;
-    std::map<int, int> numbers;
-    for (const fs::path& file : files) {
-        const int counter = std::stoi(file.stem().string().substr(kCounterFrom));
-        numbers[counter] = support::ReadBarCodeFromStillFile(file.string());
-        EXPECT_EQ(fs::file_size(file), kPictureBytes) << file;
-    }
-    EXPECT_EQ(numbers.size(), files.size());
-    std::vector<int> inOrder;
-    for (const auto& [counter, number] : numbers)
-        inOrder.push_back(number);
-    return inOrder;
-}
 
 class ContinuousCapture : public PlayerTest {
   protected:

@@ -1,0 +1,60 @@
+// How long a program's window takes to answer, asked again and again, on a thread and a connection to the X
+// server of its own.
+//
+// The question is the one by which window managers find programs that hang (EWMH, _NET_WM_PING): the
+// program's event loop answers it, so whatever holds that loop up shows. One answer is awaited at a time.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include <xcb/xcb.h>
+
+namespace system_tests {
+
+class WindowPulse {
+  public:
+    using Milliseconds = std::chrono::duration<double, std::milli>;
+
+    // Begins to ask. Throws std::runtime_error when there is no such display.
+    WindowPulse(const std::string& display, xcb_window_t window);
+    ~WindowPulse();
+    WindowPulse(const WindowPulse&) = delete;
+    WindowPulse& operator=(const WindowPulse&) = delete;
+
+    // The longest wait for an answer since this was called last, also for one that is still to come.
+    Milliseconds TakeSlowest();
+    // How many answers there were so far.
+    int Answers() const { return m_answers; }
+
+  private:
+    using Clock = std::chrono::steady_clock;
+
+    void Run();
+    void Ask();
+    void Hear(const xcb_generic_event_t& event);
+    xcb_atom_t Atom(const std::string& name);
+
+    xcb_connection_t* m_connection;
+    xcb_window_t m_window;
+    xcb_window_t m_root = 0;
+    xcb_atom_t m_protocols = 0;
+    xcb_atom_t m_ping = 0;
+    std::atomic<bool> m_ending{false};
+    std::atomic<int> m_answers{0};
+
+    // Guarded by m_mutex.
+    std::mutex m_mutex;
+    std::uint32_t m_question = 0; // its number
+    bool m_open = false;          // not yet answered
+    Clock::time_point m_asked;
+    Milliseconds m_slowest{0};
+
+    std::thread m_thread; // last: it uses all of the above
+};
+
+} // namespace system_tests
