@@ -14,6 +14,19 @@ namespace {
 
 constexpr std::size_t kChannels = SoundOutput::kChannels;
 
+// Whether what failed for this reason may succeed later.
+bool MayPass(ordune::ErrorKind kind) {
+    switch (kind) {
+    case ordune::ErrorKind::NotFound:
+    case ordune::ErrorKind::NotPermitted:
+    case ordune::ErrorKind::OutOfMemory:
+    case ordune::ErrorKind::Io:
+        return true;
+    default:
+        return false;
+    }
+}
+
 MediaTime SpanOf(std::size_t pairs, double tempo) {
     const double microseconds = 1e6 * tempo * static_cast<double>(pairs) / SoundOutput::kSampleRate;
     return MediaTime(std::llround(microseconds));
@@ -66,14 +79,18 @@ void PortSound::Feed() {
         try {
             Serve(plan, fresh);
         } catch (const std::exception&) {
-            // Memory or a thread for the device that is not to be had: silent until the next jump.
+            // Memory or a thread for the device that is not to be had.
             if (m_output) m_output->Stop();
             m_sounding = false;
+            m_try_again = plan.heard;
         }
         lock.lock();
         if (m_closing || m_plan_is_new) continue;
         if (m_sounding) {
             m_wake.wait_for(lock, kFeedInterval);
+        } else if (m_try_again) {
+            m_wake.wait_for(lock, kTryAgainAfter, [this] { return m_closing || m_plan_is_new; });
+            m_plan_is_new = true;
         } else {
             m_wake.wait(lock);
         }
@@ -87,7 +104,7 @@ void PortSound::Serve(const Plan& plan, bool fresh) {
         if (m_sounding) m_output->Stop();
         m_sounding = false;
         if (!std::exchange(m_restarted, false)) m_patience = kStrikes;
-        if (plan.heard) Begin(plan);
+        m_try_again = plan.heard && !Begin(plan);
     }
     if (m_output) m_output->SetVolume(m_volume);
     if (!m_sounding) return;
@@ -96,22 +113,31 @@ void PortSound::Serve(const Plan& plan, bool fresh) {
 }
 
 // The device is opened when sound is first wanted, and a file whose sound cannot be read is simply silent.
-void PortSound::Begin(const Plan& plan) {
-    if (!m_tried) {
-        m_tried = true;
+bool PortSound::Prepare() {
+    if (!m_reader) {
         auto reader =
             ordune::SoundReader::Make(*m_file, SoundOutput::kSampleRate, SoundOutput::kChannels, m_cancel);
-        if (reader) m_reader = std::move(reader.Value());
-        if (m_reader) m_output = m_factory();
-        if (m_output) m_output->SetVolume(m_volume);
+        if (!reader) {
+            m_hopeless = !MayPass(reader.Failure().kind);
+            return false;
+        }
+        m_reader = std::move(reader.Value());
     }
-    if (!m_reader || !m_output) return;
+    if (!m_output) m_output = m_factory();
+    m_hopeless = !m_output;
+    if (m_output) m_output->SetVolume(m_volume);
+    return !m_hopeless;
+}
+
+bool PortSound::Begin(const Plan& plan) {
+    if (m_hopeless) return true;
+    if (!Prepare()) return m_hopeless;
 
     m_tempo = plan.speed.Rate();
     m_stretch.reset();
     if (plan.speed.Level() != 0) {
         auto stretch = ordune::TimeStretch::Make(SoundOutput::kSampleRate, SoundOutput::kChannels, m_tempo);
-        if (!stretch) return;
+        if (!stretch) return false;
         m_stretch = std::move(stretch.Value());
     }
     m_samples.clear();
@@ -119,10 +145,11 @@ void PortSound::Begin(const Plan& plan) {
     m_at_end = false;
     m_strikes = 0;
     const MediaTime from = std::max(plan.clock.Now(std::chrono::steady_clock::now()), MediaTime(0));
-    if (!m_reader->SeekTo(from)) return;
+    if (!m_reader->SeekTo(from)) return true; // there is no sound there
     m_next_time = from;
     m_output->Start(m_tempo);
     m_sounding = true;
+    return true;
 }
 
 // Reads until there is something to write. False at the end of the sound.

@@ -40,6 +40,8 @@ class PortSound {
     // How often the feeder looks when nothing wakes it: a fifth of what the ring of the output holds at the
     // least.
     static constexpr std::chrono::milliseconds kFeedInterval{40};
+    // How long after a failure that may pass (of memory, of the disk) the sound is begun again.
+    static constexpr std::chrono::milliseconds kTryAgainAfter{2000};
 
     PortSound(std::shared_ptr<const ordune::MediaFile> file, OutputFactory factory);
     ~PortSound();
@@ -64,7 +66,9 @@ class PortSound {
 
     void Feed();
     void Serve(const Plan& plan, bool fresh);
-    void Begin(const Plan& plan);
+    // False where something is in the way that may pass.
+    bool Begin(const Plan& plan);
+    bool Prepare(); // the reader and the device
     void Fill();
     void Measure(const Plan& plan);
     bool NextSamples();
@@ -90,7 +94,8 @@ class PortSound {
     std::unique_ptr<SoundOutput> m_output;
     std::unique_ptr<ordune::SoundReader> m_reader;
     std::unique_ptr<ordune::TimeStretch> m_stretch;
-    bool m_tried = false;
+    bool m_hopeless = false; // there will be no sound for this file
+    bool m_try_again = false;
     bool m_sounding = false;
     bool m_at_end = false;
     int m_strikes = 0;

@@ -6,7 +6,12 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <cerrno>
+#include <filesystem>
 #include <mutex>
+#include <system_error>
+#include <thread>
 
 namespace {
 
@@ -176,6 +181,34 @@ TEST_F(PortSoundTest, BeginsAnewWhenItIsHeardInTheWrongPlace) {
     m_sound->Follow(true, clock, SpeedLadder(), 1);
     EXPECT_TRUE(Eventually([&] { return m_log.starts >= 2; }));
     EXPECT_FALSE(m_sound->Heard(now).has_value()) << "nothing to steer by";
+}
+
+TEST_F(PortSoundTest, IsHeardOnceADeviceThatWasNotToBeHadIs) {
+    std::atomic<int> asked{0};
+    auto file = ordune::MediaFile::Open(*s_folder / "sound.mp4");
+    ASSERT_TRUE(file);
+    PortSound sound(file.Value(), [&]() -> std::unique_ptr<dravo::SoundOutput> {
+        if (++asked == 1) throw std::system_error(EAGAIN, std::generic_category());
+        return std::make_unique<ScriptedOutput>(m_log);
+    });
+    sound.Follow(true, RunningFrom(0s), SpeedLadder(), 1);
+    EXPECT_TRUE(Eventually([&] { return m_log.pairs == 24000; })) << "asked " << asked << " times";
+    EXPECT_EQ(asked, 2);
+}
+
+TEST_F(PortSoundTest, IsHeardOnceAFileThatCouldNotBeOpenedCan) {
+    const std::string path = *s_folder / "away.mp4";
+    std::filesystem::copy_file(*s_folder / "sound.mp4", path);
+    auto file = ordune::MediaFile::Open(path);
+    ASSERT_TRUE(file);
+    PortSound sound(file.Value(), [this] { return std::make_unique<ScriptedOutput>(m_log); });
+    std::filesystem::rename(path, path + ".away");
+    sound.Follow(true, RunningFrom(0s), SpeedLadder(), 1);
+    // A first try must have failed; the feeder tells nobody of it.
+    std::this_thread::sleep_for(100ms);
+    std::filesystem::rename(path + ".away", path);
+    EXPECT_TRUE(Eventually([&] { return m_log.pairs == 24000; }));
+    EXPECT_EQ(m_log.starts, 1);
 }
 
 } // namespace
