@@ -17,8 +17,8 @@ constexpr auto kPollInterval = 30ms;
 // A stream that nobody feeds is halted after this long; until then a seek or a pause costs no new start.
 constexpr auto kIdleBeforeHalt = 3s;
 constexpr auto kNothingToDo = 1h;
-// How long the end of an output waits for the device thread. A server that answers needs a tenth of it; for
-// one that hangs, a window waits that is being closed.
+// How long the end of an output waits for the device thread. Beside a server that answers this takes 5 ms;
+// for one that hangs, a window waits that is being closed.
 constexpr auto kDetachPatience = 100ms;
 constexpr std::array<std::chrono::seconds, 3> kRetryAfter = {1s, 2s, 5s};
 
