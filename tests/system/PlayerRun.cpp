@@ -185,10 +185,16 @@ void PlayerRun::ChooseInMenu(int entry) {
 }
 
 bool PlayerRun::ShowChooser() {
-    Key("ctrl+o");
-    if (!WaitForWindow(kChooserTitle)) return false;
+    // A key that meets another window on its way out is lost, to a person as well, who presses it again.
+    bool isShown = false;
+    for (int attempt = 0; attempt < 3 && !isShown; ++attempt) {
+        Key("ctrl+o");
+        isShown = WaitForWindow(kChooserTitle, 5s);
+    }
+    if (!isShown) return false;
     const auto windows = m_screen.WindowsTitled(kChooserTitle);
     if (windows.empty()) return false;
+    m_chooser = windows.front();
     // Keys go to the window that has the focus: it must be the chooser before anything is typed.
     Xdotool({m_desktop.HasWindowManager() ? "windowactivate" : "windowfocus", "--sync",
              std::to_string(windows.front())});
@@ -196,7 +202,9 @@ bool PlayerRun::ShowChooser() {
 }
 
 bool PlayerRun::WaitForChooserToGo() {
-    return WaitForNoWindow(kChooserTitle);
+    if (!WaitForNoWindow(kChooserTitle)) return false;
+    // Between its disappearance and its end the program lets no key through to the main window.
+    return WaitUntil([&] { return !m_screen.Exists(m_chooser); }, 15s, 5ms);
 }
 
 bool PlayerRun::Open(const std::string& path) {
@@ -255,7 +263,12 @@ bool PlayerRun::WaitForWindow(const std::string& title, std::chrono::millisecond
 }
 
 bool PlayerRun::WaitForNoWindow(const std::string& title, std::chrono::milliseconds limit) {
-    return WaitUntil([&] { return m_screen.WindowsTitled(title).empty(); }, limit, 10ms);
+    if (!WaitUntil([&] { return m_screen.WindowsTitled(title).empty(); }, limit, 10ms)) return false;
+    // The window manager takes the frame away and hands the keyboard on only after that; keys and clicks that
+    // come before are lost.
+    if (m_desktop.HasWindowManager())
+        (void)WaitUntil([&] { return m_screen.HasProgramKeyboard(m_window); }, 3s, 5ms);
+    return true;
 }
 
 Area PlayerRun::MainArea() {

@@ -144,6 +144,7 @@ class PlayerRun {
     ScreenReader m_screen;
     std::optional<TextReader> m_texts;
     xcb_window_t m_window = 0;
+    xcb_window_t m_chooser = 0; // shown last
     double m_startMilliseconds = 0;
     int m_pictureWidth = 640;
     int m_pictureHeight = 360;

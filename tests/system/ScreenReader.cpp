@@ -168,6 +168,20 @@ bool ScreenReader::HasKeyboard(xcb_window_t window) {
     return inner == window;
 }
 
+bool ScreenReader::Exists(xcb_window_t window) {
+    const ReplyHandle<xcb_get_window_attributes_reply_t> attributes(xcb_get_window_attributes_reply(
+        m_connection, xcb_get_window_attributes(m_connection, window), nullptr));
+    return attributes != nullptr;
+}
+
+bool ScreenReader::HasProgramKeyboard(xcb_window_t window) {
+    const ReplyHandle<xcb_get_input_focus_reply_t> focus(
+        xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
+    // The server gives every program numbers of its own above those that the program counts with.
+    const std::uint32_t own = ~xcb_get_setup(m_connection)->resource_id_mask;
+    return focus && (focus->focus & own) == (window & own);
+}
+
 bool ScreenReader::IsButtonDown() {
     const ReplyHandle<xcb_query_pointer_reply_t> pointer(
         xcb_query_pointer_reply(m_connection, xcb_query_pointer(m_connection, m_root), nullptr));

@@ -60,6 +60,10 @@ class ScreenReader {
     std::vector<std::string> StatesOf(xcb_window_t window);
     // Whether keys go to the window or to one inside it.
     bool HasKeyboard(xcb_window_t window);
+    // Whether there is such a window, be it shown or not.
+    bool Exists(xcb_window_t window);
+    // Whether keys go to any window of the program that made this one.
+    bool HasProgramKeyboard(xcb_window_t window);
 
     // Whether a button of the pointer is held down, by the server's account.
     bool IsButtonDown();

@@ -66,8 +66,13 @@ void SettingsDialog::Click(int x, int y) {
 }
 
 bool SettingsDialog::Leave(int x) {
-    Click(x, 345);
-    return WaitUntil([&] { return m_screen.WindowsTitled(kTitle).empty(); }, kLimit, 20ms);
+    // A click that meets a chooser on its way out is lost, to a person as well, who clicks again.
+    bool isGone = false;
+    for (int attempt = 0; attempt < 3 && !isGone; ++attempt) {
+        Click(x, 345);
+        isGone = WaitUntil([&] { return m_screen.WindowsTitled(kTitle).empty(); }, 5s, 20ms);
+    }
+    return isGone;
 }
 
 // The mark lies in the middle of a white field of 13 or so pixels at the left end.
