@@ -163,6 +163,7 @@ int BareDecoder::PassFromStart(int frames) {
 double BareDecoder::ScaleMilliseconds(int width, int height, int count) {
     if (m_parts->frame->width == 0) DecodeFromStart(1, 0, 0);
     std::vector<double> times;
+    times.reserve(static_cast<std::size_t>(count));
     for (int done = 0; done < count; ++done)
         times.push_back(Timed([&] { m_parts->Scale(width, height); }));
     std::nth_element(times.begin(), times.begin() + count / 2, times.end());

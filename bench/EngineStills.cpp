@@ -23,8 +23,9 @@ void MeasureStills(const Setup& setup, const std::string& film) {
     if (path.empty()) return;
     const BenchPort port(path, setup.window);
     BareDecoder bare(path, 0);
-    port.JumpTo(port.Total() / 3);
-    bare.JumpTo(static_cast<double>(port.Total() / 3) / port.Rate());
+    const unsigned long frame = port.Total() / 3;
+    port.JumpTo(frame);
+    bare.JumpTo(static_cast<double>(frame) / port.Rate());
     std::vector<unsigned char> room(kRoom);
     unsigned long length = 0;
     Series jpeg;

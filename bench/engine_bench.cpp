@@ -40,6 +40,7 @@ std::vector<unsigned long> Setup::Positions(unsigned long limit, int count, unsi
     std::mt19937 random(seed);
     std::uniform_int_distribution<unsigned long> any(0, limit - 1);
     std::vector<unsigned long> positions;
+    positions.reserve(static_cast<std::size_t>(count));
     for (int drawn = 0; drawn < count; ++drawn)
         positions.push_back(any(random));
     return positions;
