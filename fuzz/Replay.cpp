@@ -13,6 +13,12 @@
 
 namespace fs = std::filesystem;
 
+// As the fuzzer does, the address sanitizer's build ends the process where so much is asked for at a time,
+// whether or not the machine would give it.
+extern "C" const char* __asan_default_options() { // NOLINT(bugprone-reserved-identifier)
+    return "max_allocation_size_mb=1024";
+}
+
 int main(int argc, char** argv) {
     std::vector<fs::path> inputs;
     for (int i = 1; i < argc; ++i) {

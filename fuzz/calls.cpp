@@ -54,6 +54,24 @@ void Options(int port, std::uint8_t argument) {
     (void)Dravo_RefreshPlayEx(port, argument & 3);
 }
 
+// No window and often no device: what is asked for is kept, or refused.
+void Sound(int port, std::uint8_t argument) {
+    if (argument & 1) {
+        (void)Dravo_PlaySound(port);
+    } else {
+        (void)Dravo_StopSound();
+    }
+    (void)Dravo_SetVolume(port, static_cast<unsigned short>(argument * 0x101));
+}
+
+// A rectangle that may be empty, inside out or beyond the picture.
+void Region(int port, std::uint8_t argument) {
+    const std::int32_t at = (argument >> 4) * 16 - 64;
+    const DravoRect rect{at, at / 2, 96 - at, 64 - at};
+    (void)Dravo_SetDisplayRegion(port, argument & 3, &rect, 0, argument & 4);
+    (void)Dravo_RefreshPlay(port);
+}
+
 // `share` of `whole`, 255 being a little more than all of it.
 unsigned long Share(unsigned long whole, std::uint8_t share) {
     return static_cast<unsigned long>(static_cast<double>(whole) * share / 254.0);
@@ -62,7 +80,7 @@ unsigned long Share(unsigned long whole, std::uint8_t share) {
 void Call(int port, std::uint8_t call, std::uint8_t argument) {
     const unsigned long frame = Share(Dravo_GetFileTotalFrames(port), argument);
     const unsigned long milliseconds = Share(Dravo_GetFileTime(port) * 1000 + 1000, argument);
-    const std::array<std::function<void()>, 16> calls = {
+    const std::array<std::function<void()>, 18> calls = {
         [&] { Dravo_Play(port, 0); },
         [&] { Dravo_Pause(port, argument & 1); },
         [&] { Dravo_Stop(port); },
@@ -79,6 +97,8 @@ void Call(int port, std::uint8_t call, std::uint8_t argument) {
         [&] { Still(port, true); },
         [&] { Options(port, argument); },
         [&] { Query(port); },
+        [&] { Sound(port, argument); },
+        [&] { Region(port, argument); },
     };
     calls[call % calls.size()]();
 }

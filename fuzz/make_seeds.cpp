@@ -48,6 +48,8 @@ std::map<std::string, ClipOptions> Containers() {
         {"fragments.mp4", Small({.keyInterval = 4, .bFrames = 2, .container = ClipContainer::FragmentedMp4})},
         {"plain.mov", Small({.keyInterval = 5, .container = ClipContainer::Mov})},
         {"plain.mkv", Small({.keyInterval = 5, .container = ClipContainer::Matroska, .sound = true})},
+        {"plain.avi", Small({.keyInterval = 5, .container = ClipContainer::Avi, .sound = true})},
+        {"plain.flv", Small({.keyInterval = 5, .bFrames = 2, .container = ClipContainer::Flv, .sound = true})},
         {"hevc.mp4", Small({.codec = "libx265", .keyInterval = 5})},
         {"vp9.mkv", Small({.codec = "libvpx-vp9", .keyInterval = 5, .container = ClipContainer::Matroska})},
         {"part2.mp4", Small({.codec = "mpeg4", .keyInterval = 5})},
@@ -100,6 +102,7 @@ const std::map<std::string, std::string>& Scripts() {
         {"steps", Calls({{0, 0}, {1, 1}, {5, 0}, {5, 0}, {6, 0}, {15, 0}, {12, 0}})},
         {"seeks", Calls({{0, 0}, {1, 1}, {7, 200}, {12, 0}, {8, 30}, {13, 0}, {9, 120}, {5, 0}, {10, 90}})},
         {"speeds", Calls({{0, 0}, {3, 0}, {3, 0}, {3, 0}, {4, 0}, {14, 130}, {2, 0}, {0, 0}, {11, 128}})},
+        {"sound", Calls({{16, 255}, {0, 0}, {7, 0}, {3, 0}, {17, 4}, {17, 132}, {4, 0}, {8, 120}, {16, 0}})},
     };
     return scripts;
 }
@@ -122,9 +125,10 @@ void MakeAll(const fs::path& folder) {
         support::MakeClip((folder / "container" / name).string(), options);
     for (const auto& [name, options] : LostRecordings())
         Write(folder / "container" / name, WithoutMovie(options, folder / "container" / name));
-    const std::array<fs::path, 4> played = {
+    const std::array<fs::path, 5> played = {
         folder / "raw_index" / "reordered.264", folder / "container" / "plain.mp4",
-        folder / "container" / "fragments.mp4", folder / "container" / "plain.mkv"};
+        folder / "container" / "fragments.mp4", folder / "container" / "plain.mkv",
+        folder / "container" / "lost_sound.mp4"};
     for (const auto& [name, calls] : Scripts()) {
         for (const fs::path& film : played)
             Write(folder / "calls" / (name + "_" + film.filename().string()), calls + Content(film));

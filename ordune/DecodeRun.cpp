@@ -108,26 +108,42 @@ std::optional<Group> DecodeRun::GroupBehindDamage() {
     return std::nullopt;
 }
 
-// Takes the group up with a decoder that knows nothing of the damage. It is still the run that it was: begun
-// where it was begun.
-Result<void> DecodeRun::PassDamage(const Group& group, Outcome& outcome) {
+// The closed group of this picture, where the decoder still owes one of a group before. Behind a key picture
+// that is lost, a decoder may take what follows for earlier than what it holds back: what is owed comes out
+// when it is drained, or never.
+std::optional<Group> DecodeRun::GroupAheadOfItsTurn(FrameNumber number) const {
+    const bool owes = std::any_of(m_in_flight.begin(), m_in_flight.end(), [number](const auto& flight) {
+        return flight.full && flight.frame < number;
+    });
+    if (!owes) return std::nullopt;
+    const std::optional<Group> group = m_file->Index().GroupOf(number);
+    if (!group || group->leading_count > 0 || number == group->first_frame) return std::nullopt;
+    const bool before = std::any_of(m_in_flight.begin(), m_in_flight.end(), [&](const auto& flight) {
+        return flight.full && flight.frame < group->first_frame;
+    });
+    return before ? group : std::nullopt;
+}
+
+// Takes the group up with a decoder that knows nothing of what was before it. It is still the run that it
+// was: begun where it was begun.
+void DecodeRun::TakeUpAnew(const Group& group, Outcome& outcome) {
     m_decoder->Drain();
+    m_dirty = true;
     Collect(outcome, group.first_frame);
     Settle(group.first_frame, outcome);
     const UnitNumber start = m_start;
-    Result<void> started = Start(group.first_unit, m_deliver_from);
+    const Result<void> started = Start(group.first_unit, m_deliver_from);
     m_start = start;
-    return started;
+    if (started) return;
+    outcome.ended = true;
+    if (MayPass(started.Failure().kind)) outcome.failure = started.Failure().kind;
 }
 
 void DecodeRun::Step(const Chooser& choose, Outcome& outcome) {
     const FrameIndex& index = m_file->Index();
     if (const std::optional<Group> group = GroupBehindDamage()) {
-        if (const auto passed = PassDamage(*group, outcome); !passed) {
-            outcome.ended = true;
-            if (MayPass(passed.Failure().kind)) outcome.failure = passed.Failure().kind;
-            return;
-        }
+        TakeUpAnew(*group, outcome);
+        if (outcome.ended) return;
     }
     // Asked before reading: a unit found by the index after the reading is not missed then.
     const bool complete = index.Complete();
@@ -168,7 +184,7 @@ void DecodeRun::Step(const Chooser& choose, Outcome& outcome) {
         m_in_flight.push_back({frame, use == UnitUse::Full, place_in_run});
     m_dirty = true;
     m_decoder->Send(unit.packet, use == UnitUse::IfReferenced);
-    Collect(outcome);
+    if (const std::optional<Group> group = CollectInTurn(outcome)) TakeUpAnew(*group, outcome);
 }
 
 void DecodeRun::Drain(Outcome& outcome) {
@@ -180,14 +196,31 @@ void DecodeRun::Drain(Outcome& outcome) {
     outcome.ended = true;
 }
 
+FrameNumber DecodeRun::NumberOf(const AVFrame& frame) const {
+    if (frame.pts < 0 || frame.pts >= static_cast<std::int64_t>(kNoUnit)) return kNoFrame;
+    return m_file->Index().FrameOf(static_cast<UnitNumber>(frame.pts));
+}
+
 void DecodeRun::Collect(Outcome& outcome, FrameNumber end) {
     while (AVFrame* frame = m_decoder->Receive()) {
-        if (frame->pts < 0 || frame->pts >= static_cast<std::int64_t>(kNoUnit)) continue;
-        const FrameNumber number = m_file->Index().FrameOf(static_cast<UnitNumber>(frame->pts));
+        const FrameNumber number = NumberOf(*frame);
         if (number >= end || number < m_deliver_from) continue; // kNoFrame is the greatest there is
         Deliver(frame, number, outcome);
     }
     if (m_decoder->RanOutOfMemory()) outcome.failure = ErrorKind::OutOfMemory;
+}
+
+std::optional<Group> DecodeRun::CollectInTurn(Outcome& outcome) {
+    std::optional<Group> ahead;
+    while (AVFrame* frame = m_decoder->Receive()) {
+        const FrameNumber number = NumberOf(*frame);
+        if (number == kNoFrame || number < m_deliver_from) continue;
+        ahead = GroupAheadOfItsTurn(number);
+        if (ahead) break;
+        Deliver(frame, number, outcome);
+    }
+    if (m_decoder->RanOutOfMemory()) outcome.failure = ErrorKind::OutOfMemory;
+    return ahead;
 }
 
 void DecodeRun::Deliver(AVFrame* frame, FrameNumber number, Outcome& outcome) {

@@ -2,6 +2,8 @@
 //
 // Used by one thread. It tells which pictures came out and, as certainly, which will not: a decoder gives
 // pictures in order of presentation, so once one has come out, those before it that were sent never will.
+// Where damage breaks that order, the decoder is drained, so that pictures before the damage come out all the
+// same.
 #pragma once
 
 #include "ordune/MediaFile.h"
@@ -91,9 +93,14 @@ class DecodeRun {
   private:
     Result<void> Open();
     std::optional<Group> GroupBehindDamage();
-    Result<void> PassDamage(const Group& group, Outcome& outcome);
+    std::optional<Group> GroupAheadOfItsTurn(FrameNumber number) const;
+    void TakeUpAnew(const Group& group, Outcome& outcome);
+    // Of a decoder's picture; kNoFrame where it has none.
+    FrameNumber NumberOf(const AVFrame& frame) const;
     // Takes what has come out, but for frames from `end` on.
     void Collect(Outcome& outcome, FrameNumber end = kNoFrame);
+    // The same up to a picture that comes ahead of its turn, whose group it gives.
+    std::optional<Group> CollectInTurn(Outcome& outcome);
     void Deliver(AVFrame* frame, FrameNumber number, Outcome& outcome);
     // Those in flight whose frame is before `frame` are lost.
     void Settle(FrameNumber frame, Outcome& outcome);

@@ -122,9 +122,10 @@ Error MakeError(int code, const std::string& doing, const std::string& file) {
     return Error{KindOf(code), doing + ": " + ErrorText(code), file};
 }
 
-void QuietLog() {
+void SetUp() {
     static std::once_flag once;
     std::call_once(once, [] {
+        av_max_alloc(kLargestAllocation);
         av_log_set_level(AV_LOG_QUIET);
         // It is called for every sample of an MP4 file, at whatever level; an empty one costs least.
         av_log_set_callback([](void*, int, const char*, va_list) {});

@@ -6,6 +6,7 @@
 
 #include "ordune/Error.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -76,7 +77,12 @@ std::string ErrorText(int code);
 // FFmpeg's error code as an error of this library: `doing` begins the text ("cannot open the file").
 Error MakeError(int code, const std::string& doing, const std::string& file);
 
-// Silences FFmpeg's log, once for the process: this library tells what is wrong by values. Any thread.
-void QuietLog();
+// The largest piece of memory that FFmpeg gives out at a time. Boxes of a few bytes ask for gigabytes; the
+// index of a film of ten days and the largest picture of any codec need less than this.
+inline constexpr std::size_t kLargestAllocation = std::size_t{512} << 20;
+
+// Prepares FFmpeg, once for the process, before anything is opened or decoded: no word in its log, since this
+// library tells what is wrong by values, and no allocation above kLargestAllocation. Any thread.
+void SetUp();
 
 } // namespace ordune::ffmpeg

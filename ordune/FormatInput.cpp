@@ -146,7 +146,7 @@ Result<std::unique_ptr<FormatInput>> FormatInput::OpenHeaders(std::shared_ptr<co
 }
 
 Result<void> FormatInput::OpenContext() {
-    ffmpeg::QuietLog();
+    ffmpeg::SetUp();
     const std::string& path = m_file->Path();
     auto* buffer = static_cast<unsigned char*>(av_malloc(kIoBytes));
     if (!buffer) return ffmpeg::MakeError(AVERROR(ENOMEM), "cannot open the file", path);

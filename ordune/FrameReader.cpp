@@ -50,7 +50,7 @@ const ReaderMeans& SharedMeans() {
 Result<std::unique_ptr<FrameReader>> FrameReader::Make(std::shared_ptr<const MediaFile> file,
                                                        const FrameReaderOptions& options,
                                                        std::function<void()> progress) {
-    ffmpeg::QuietLog();
+    ffmpeg::SetUp();
     const std::string path = file->Path();
     try {
         const bool shared = options.cache_bytes == 0 && options.threads <= 0;

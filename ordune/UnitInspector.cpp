@@ -24,7 +24,10 @@ constexpr std::size_t kMostLeading = 64;
 
 // What the first bytes of a unit tell.
 struct UnitFacts {
+    bool known = true;      // it could be read
     bool whole = true;      // its NAL units fill it
+    bool empty_end = false; // the last of them, which ends the unit, is empty
+    bool believable = true; // each of its NAL units that is no slice is what its type says
     bool picture = false;   // it has a slice
     bool key = false;       // decoding can begin here
     bool closed = false;    // and nothing shown after it needs what is before
@@ -34,6 +37,25 @@ struct UnitFacts {
     SliceHeader slice;
     bool second_field = false; // it has both fields of a frame
 };
+
+// Whether a NAL unit that is no slice is what its type says (ITU-T H.264, table 7-1), and not a slice whose
+// first byte is damaged.
+bool IsBelievable264(std::span<const std::uint8_t> nal) {
+    constexpr std::size_t kMostDelimiterBytes = 4;
+    const unsigned type = nal[0] & 31U;
+    if ((nal[0] & 0x80U) != 0) return false;
+    if (type == 7) return ParseSequenceParameters(nal.subspan(1)).has_value();
+    if (type == 9) return nal.size() <= kMostDelimiterBytes;
+    return (type >= 6 && type <= 15) || type == 19 || type == 20;
+}
+
+// ITU-T H.265, table 7-1.
+bool IsBelievableHevc(std::span<const std::uint8_t> nal) {
+    constexpr unsigned kParameters = 32;
+    constexpr unsigned kLast = 40;
+    const unsigned type = (nal[0] >> 1) & 63U;
+    return (nal[0] & 0x80U) == 0 && type >= kParameters && type <= kLast;
+}
 
 class UnitReading {
   public:
@@ -91,12 +113,16 @@ UnitFacts UnitReading::Look(const ContainerUnit& unit, bool whole) {
     m_bytes.resize(size);
     const std::int64_t got = m_file.ReadAt(unit.offset_bytes, m_bytes.data(), size);
     m_bytes.resize(static_cast<std::size_t>(std::max<std::int64_t>(got, 0)));
+    facts.known = m_bytes.size() == size;
     m_recovery = false;
     std::size_t at = 0;
     // The decoder's own rule: up to three bytes left over are overlooked.
     while (unit.size_bytes - at >= 4) {
         if (unit.size_bytes - at <= m_length_bytes) {
             facts.whole = false;
+            facts.empty_end =
+                facts.known && std::all_of(m_bytes.begin() + static_cast<std::ptrdiff_t>(at), m_bytes.end(),
+                                           [](std::uint8_t byte) { return byte == 0; });
             break;
         }
         if (at + m_length_bytes >= m_bytes.size()) break;
@@ -147,7 +173,10 @@ void UnitReading::LookAt264(std::span<const std::uint8_t> nal, UnitFacts& facts)
             m_recovery = bits.Unsigned() == 0 && !bits.Overrun();
         }
     }
-    if (type != 1 && type != 5) return;
+    if (type != 1 && type != 5) {
+        facts.believable = facts.believable && IsBelievable264(nal);
+        return;
+    }
     const std::optional<SliceHeader> slice = ParseSliceHeader(nal, m_sets);
     if (!facts.picture) {
         facts.picture = true;
@@ -166,6 +195,7 @@ void UnitReading::LookAt264(std::span<const std::uint8_t> nal, UnitFacts& facts)
 void UnitReading::LookAtHevc(std::span<const std::uint8_t> nal, UnitFacts& facts) {
     if (nal.empty()) return;
     const unsigned type = (nal[0] >> 1) & 63U;
+    if (type > 31) facts.believable = facts.believable && IsBelievableHevc(nal);
     if (type > 31 || facts.picture) return;
     facts.picture = true;
     facts.key = type >= 16 && type <= 23;
@@ -173,6 +203,12 @@ void UnitReading::LookAtHevc(std::span<const std::uint8_t> nal, UnitFacts& facts
     facts.skipped = type == 8 || type == 9;
     // Not referred to within its own temporal layer is all that the type says; a higher layer may refer to
     // it.
+}
+
+// Damage takes a picture, but not its place in the file: what follows keeps its number.
+bool MakesNoPicture(const UnitFacts& facts) {
+    if (!facts.known) return false;
+    return facts.whole ? !facts.picture && facts.believable : facts.picture && facts.empty_end;
 }
 
 bool IsSecondField(const UnitFacts& first, const UnitFacts& second) {
@@ -203,7 +239,8 @@ class UnitInspector::Impl {
     const bool m_whole;
 
     bool m_begun = false;
-    bool m_looking = false; // rules 1 to 3 go on
+    bool m_looking = false;  // rules 1 to 3 go on
+    bool m_all_keys = false; // the container calls every unit a key
     UnitFacts m_before;
     bool m_open = false; // the unit before may be the first field of a frame
     bool m_saw_second_field = false;
@@ -219,13 +256,13 @@ void UnitInspector::Impl::Correct(std::span<ContainerUnit> units) {
     if (!m_begun) {
         m_begun = true;
         const std::span<ContainerUnit> first = units.first(std::min(units.size(), kFirst));
-        const bool all_keys =
+        m_all_keys =
             std::all_of(units.begin(), units.end(), [](const ContainerUnit& unit) { return unit.key; });
-        m_looking = m_whole || m_reading.FieldsAllowed() || all_keys;
+        m_looking = m_whole || m_reading.FieldsAllowed() || m_all_keys;
         for (ContainerUnit& unit : first) {
             if (m_looking) CorrectOne(unit);
         }
-        m_looking = m_whole || m_saw_second_field || (all_keys && m_saw_false_key);
+        m_looking = m_whole || m_saw_second_field || (m_all_keys && m_saw_false_key);
         for (ContainerUnit& unit : units.subspan(first.size())) {
             if (m_looking) CorrectOne(unit);
         }
@@ -241,8 +278,9 @@ void UnitInspector::Impl::Correct(std::span<ContainerUnit> units) {
 // Rules 1 to 3.
 void UnitInspector::Impl::CorrectOne(ContainerUnit& unit) {
     const UnitFacts facts = m_reading.Look(unit, m_whole);
-    if (m_whole && (!facts.whole || !facts.picture)) unit.shown = false;
-    if (facts.picture) {
+    if (m_whole && MakesNoPicture(facts)) unit.shown = false;
+    // What a damaged unit still says of itself is worth less than a table of key units.
+    if (facts.picture && (facts.whole || m_all_keys)) {
         unit.referenced = facts.referenced;
         unit.closed = facts.closed;
         m_saw_false_key = m_saw_false_key || (unit.key && !facts.key);

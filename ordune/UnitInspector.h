@@ -1,9 +1,9 @@
 // Looks into the units of H.264 and HEVC in containers where the container's word is not enough.
 //
-// 1. A unit whose NAL units do not fill it, or that holds no slice, makes no picture. Files of up to 32 MB
-// are
-//    looked through for such, which takes as long as reading them once; in a larger one the container is
-//    believed, and the frame turns out undecodable when it is wanted.
+// 1. A unit without a slice makes no picture, nor does one that ends with an empty NAL unit: the decoder takes
+//    none of it. One that is damaged otherwise, or cannot be read, stays a frame, which turns out undecodable
+//    when it is wanted: what follows it keeps its number. Files of up to 32 MB are looked through for such
+//    units, which takes as long as reading them once; in a larger one the container is believed.
 // 2. A container without a table of key units calls every unit a key: those that are none are found out.
 // 3. Two units that are the fields of one frame make one picture, the first one's. Only streams whose
 //    sequence allows fields are looked through for that; many do that have none.

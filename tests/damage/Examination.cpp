@@ -45,8 +45,10 @@ std::size_t FirstTouched(const FilePlan& plan, Range touched) {
 
 bool IsAmongPictures(const FilePlan& plan, Range touched) {
     if (touched.begin < plan.units.front().bytes.begin) return false;
+    // What is put in right ahead of MP4's tables may be taken for theirs.
+    const std::size_t end = plan.layout == Layout::Packets ? touched.end : touched.end + 1;
     return std::none_of(plan.tables.begin(), plan.tables.end(), [&](Range table) {
-        return Overlap(table, {touched.begin, touched.end + 1});
+        return Overlap(table, {touched.begin, end});
     });
 }
 
@@ -59,6 +61,16 @@ bool TablesStand(const FilePlan& plan, const Damaged& damaged) {
 
 bool GoesOnAfter(const FilePlan& plan, const Damaged& damaged) {
     return plan.layout == Layout::RawStream || !damaged.moved;
+}
+
+// Whether the container, rather than the pictures, tells the number of what lies behind the damage. Headers
+// between packets may be gone with what is around them.
+bool NumbersStand(const FilePlan& plan, Range touched) {
+    if (plan.layout == Layout::RawStream) return false;
+    if (plan.layout != Layout::Packets) return true;
+    return std::any_of(plan.units.begin(), plan.units.end(), [&](const Unit& unit) {
+        return unit.bytes.begin <= touched.begin && touched.end <= unit.bytes.end;
+    });
 }
 
 // The first whole group that needs nothing of what the damage reached.
@@ -111,7 +123,7 @@ Expectation ExpectationOf(const FilePlan& plan, const std::vector<std::uint8_t>&
         std::set<std::uint32_t> frames = {key};
         if (key + 1 < plan.total) frames.insert({key + 1, plan.total - 1});
         expectation.after.assign(frames.begin(), frames.end());
-        expectation.numbered = plan.layout != Layout::RawStream;
+        expectation.numbered = NumbersStand(plan, damaged.touched);
     }
     return expectation;
 }
@@ -230,10 +242,11 @@ void Examination::Judge(const Expectation& expectation, const Report& report, Ve
         const std::uint32_t key = expectation.after.front();
         const auto found = report.pictures.find("frame " + std::to_string(key));
         const bool kept = found != report.pictures.end() && found->second == m_hashes.at(key);
-        (kept ? verdict.kept_number : verdict.lost_number) = true;
+        if (!kept) verdict.broken.push_back("picture " + std::to_string(key) + " has lost its number");
     }
     verdict.checked_before = !expectation.before.empty();
     verdict.checked_after = !expectation.after.empty();
+    verdict.checked_number = expectation.numbered;
     if (expectation.after.empty() || report.played.empty()) return;
     const std::uint32_t key_back = m_plan.total - 1 - expectation.after.front();
     if (report.played == "-" || std::stoul(report.played) > key_back)

@@ -5,12 +5,10 @@
 // - less than 1 GB of memory;
 // - pictures before the damage are exact, under their own numbers;
 // - the pictures of the next whole group are there, counted from the end of the film, and playing reaches
-//   them.
+//   them;
+// - where the container tells it, they have the number that they had.
 //
-// Two more things are told, but not demanded. Whether those pictures are exact: libavcodec 5.1 keeps what it
-// had read of a part that it gave up, also behind a flush, and adds it to some picture to come, which is then
-// a little wrong. And, where the file's tables tell it, whether they kept their numbers: a unit that no
-// decoder takes for a picture is none to the index either, and what comes behind it moves up.
+// One more thing is told, but not demanded: whether those pictures are exact.
 #pragma once
 
 #include "tests/damage/Damage.h"
@@ -42,8 +40,7 @@ struct Verdict {
     bool opened = false;
     bool checked_before = false;
     bool checked_after = false;
-    bool kept_number = false; // of the first picture after the damage; neither where nothing tells it
-    bool lost_number = false;
+    bool checked_number = false; // of the first picture after the damage
     std::chrono::milliseconds slowest{0};
     std::string slowest_call;
     std::uint64_t peak_kilobytes = 0;

@@ -90,6 +90,15 @@ FilePlan PlanOf(const std::string& path) {
                               .closed = group && group->leading_count == 0});
     }
     plan.total = index.Total();
+    // What such a container says of the whole film stands before its first and behind its last packet.
+    if (plan.layout == Layout::Packets && !plan.units.empty()) {
+        const auto by_place = [](const Unit& one, const Unit& other) {
+            return one.bytes.begin < other.bytes.begin;
+        };
+        const auto [first, last] = std::minmax_element(plan.units.begin(), plan.units.end(), by_place);
+        plan.tables.push_back({0, first->bytes.begin - kPacketHeader});
+        if (last->bytes.end < bytes.size()) plan.tables.push_back({last->bytes.end, bytes.size()});
+    }
     return plan;
 }
 

@@ -32,8 +32,9 @@ enum class Layout {
 struct FilePlan {
     Layout layout = Layout::RawStream;
     std::uint32_t total = 0;
-    std::vector<Range> tables; // MP4's boxes of tables, in the order of the file
-    std::vector<Unit> units;   // in the order of decoding
+    // What tells of the whole film, in the order of the file: MP4's boxes, or what stands around the packets.
+    std::vector<Range> tables;
+    std::vector<Unit> units; // in the order of decoding
 };
 
 // Reads the file, which must be whole. No units where it cannot be opened.

@@ -25,8 +25,7 @@ struct Tally {
     int refused = 0;
     int before = 0;
     int after = 0;
-    int kept = 0;
-    int lost = 0;
+    int numbered = 0;
     int inexact = 0;
     int broken = 0;
     std::chrono::milliseconds slowest{0};
@@ -37,17 +36,15 @@ struct Tally {
         refused += verdict.opened ? 0 : 1;
         before += verdict.checked_before ? 1 : 0;
         after += verdict.checked_after ? 1 : 0;
-        kept += verdict.kept_number ? 1 : 0;
-        lost += verdict.lost_number ? 1 : 0;
+        numbered += verdict.checked_number ? 1 : 0;
         inexact += verdict.inexact.empty() ? 0 : 1;
         broken += verdict.broken.empty() ? 0 : 1;
         slowest = std::max(slowest, verdict.slowest);
         peak_kilobytes = std::max(peak_kilobytes, verdict.peak_kilobytes);
     }
     void Print(const char* place, const char* harm) const {
-        std::printf("%-14s %-11s %8d %8d %8d %8d %8d %8d %8d %8d %8lld %8llu\n", place, harm, variants,
-                    refused, before, after, kept, lost, inexact, broken,
-                    static_cast<long long>(slowest.count()),
+        std::printf("%-14s %-11s %8d %8d %8d %8d %8d %8d %8d %8lld %8llu\n", place, harm, variants, refused,
+                    before, after, numbered, inexact, broken, static_cast<long long>(slowest.count()),
                     static_cast<unsigned long long>(peak_kilobytes / 1024));
     }
 };
@@ -136,8 +133,8 @@ int main(int argc, char** argv) {
             }
         }
     }
-    std::printf("\n%-14s %-11s %8s %8s %8s %8s %8s %8s %8s %8s %8s %8s\n", "place", "harm", "variants",
-                "refused", "before", "after", "kept", "moved", "inexact", "broken", "call ms", "peak MB");
+    std::printf("\n%-14s %-11s %8s %8s %8s %8s %8s %8s %8s %8s %8s\n", "place", "harm", "variants", "refused",
+                "before", "after", "numbered", "inexact", "broken", "call ms", "peak MB");
     for (const auto& [kind, tally] : tallies)
         tally.Print(NameOf(kind.first), NameOf(kind.second));
     all.Print("all", "");

@@ -246,6 +246,13 @@ TEST(Claims, BeyondTheFilesSizeAreRefusedBeforeRoomIsMadeForThem) {
     EXPECT_EQ(opened.Failure().kind, ErrorKind::Damaged) << opened.Failure().text;
 }
 
+TEST(Claims, OfAnySingleThingAreGivenNoMoreThanTheLargestHonestOneNeeds) {
+    ffmpeg::SetUp();
+    EXPECT_EQ(av_malloc(ffmpeg::kLargestAllocation + 1), nullptr);
+    const std::unique_ptr<void, decltype(&av_free)> large(av_malloc(ffmpeg::kLargestAllocation / 2), av_free);
+    EXPECT_NE(large, nullptr);
+}
+
 TEST(Claims, OfAFragmentAreBelievedAsFarAsTheFileHasBytes) {
     if (Recordings().empty()) GTEST_SKIP() << "no recordings in " << TALVIO_MEDIA_DIR;
     // 150 million samples, all of the size that is the default.

@@ -10,7 +10,7 @@ extern "C" {
 namespace ordune::test {
 
 std::uint32_t CountPictures(const std::string& path) {
-    ffmpeg::QuietLog();
+    ffmpeg::SetUp();
     AVFormatContext* raw = nullptr;
     if (avformat_open_input(&raw, ("file:" + path).c_str(), nullptr, nullptr) < 0) return 0;
     const ffmpeg::FormatContextPtr context(raw);
