@@ -39,6 +39,7 @@ class OpenedFile final : public MediaFile {
     }
 
     const std::string& Path() const override { return m_file->Path(); }
+    std::shared_ptr<const FileSource> Source() const override { return m_file; }
     const VideoInfo& Video() const override { return m_content->Video(); }
     const std::optional<SoundInfo>& Sound() const override { return m_content->Sound(); }
     const FrameIndex& Index() const override { return m_content->Table(); }

@@ -19,6 +19,8 @@ struct AVPacket;
 
 namespace ordune {
 
+class FileSource;
+
 struct VideoInfo {
     std::string codec; // libavcodec's name of it, such as "h264"
     int width = 0;     // of the decoded picture in pixels, before rotation
@@ -66,6 +68,9 @@ class MediaFile {
     virtual ~MediaFile() = default;
 
     virtual const std::string& Path() const = 0;
+    // The open file, for whoever reads another stream of it: it stays what was opened when its name is given
+    // to another file, or to none. Null where nothing of it is read from a file.
+    virtual std::shared_ptr<const FileSource> Source() const = 0;
     virtual const VideoInfo& Video() const = 0;
     virtual const std::optional<SoundInfo>& Sound() const = 0;
     virtual const FrameIndex& Index() const = 0;

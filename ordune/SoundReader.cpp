@@ -270,10 +270,9 @@ Result<std::unique_ptr<SoundReader>> SoundReader::Make(const MediaFile& file, in
     const std::string& path = file.Path();
     if (sample_rate <= 0 || channels < 1 || channels > 2)
         return Error{ErrorKind::OutOfRange, "Sound cannot be given in that form", path};
-    if (!file.Sound()) return Error{ErrorKind::NotMedia, "There is no sound in this file", path};
-    auto source = FileSource::Open(path);
-    if (!source) return source.Failure();
-    auto opened = FormatInput::Open(source.Value(), FormatInput::Haste::None, cancel);
+    if (!file.Sound() || !file.Source())
+        return Error{ErrorKind::NotMedia, "There is no sound in this file", path};
+    auto opened = FormatInput::Open(file.Source(), FormatInput::Haste::None, cancel);
     if (!opened) return opened.Failure();
     std::unique_ptr<FormatInput> input = std::move(opened.Value());
     const auto index = static_cast<unsigned>(file.Sound()->stream_index);

@@ -89,6 +89,7 @@ class ScriptedMedia final : public MediaFile, public FrameIndex {
     std::vector<std::string> LinearSums() const;
 
     const std::string& Path() const override { return m_path; }
+    std::shared_ptr<const FileSource> Source() const override { return nullptr; }
     const VideoInfo& Video() const override { return video; }
     const std::optional<SoundInfo>& Sound() const override { return m_sound; }
     const FrameIndex& Index() const override { return *this; }
