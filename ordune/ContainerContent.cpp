@@ -83,9 +83,7 @@ ContainerContent::MakeFromTables(const std::shared_ptr<const FileSource>& file,
     const std::shared_ptr<FileContent> none;
     const std::shared_ptr<const Mp4Movie> movie = Mp4Movie::Read(*file);
     if (!movie) return none;
-    std::vector<std::uint8_t> skeleton = movie->Skeleton();
-    if (skeleton.empty()) return none;
-    const Result<std::unique_ptr<FormatInput>> input = FormatInput::OpenHeaders(file, std::move(skeleton));
+    const Result<std::unique_ptr<FormatInput>> input = FormatInput::OpenHeaders(file, movie->Skeleton());
     AVStream* video = input && input.Value()->IsMp4() ? FindVideoStream(input.Value()->Context()) : nullptr;
     if (!video || LacksParameters(*video->codecpar) || !PacketsAreFileBytes(*video->codecpar)) return none;
     std::unique_ptr<UnitSource> source = MakeMp4Source(file, movie, static_cast<std::uint32_t>(video->id));

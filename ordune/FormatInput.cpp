@@ -138,6 +138,8 @@ Result<std::unique_ptr<FormatInput>> FormatInput::Open(std::shared_ptr<const Fil
 
 Result<std::unique_ptr<FormatInput>> FormatInput::OpenHeaders(std::shared_ptr<const FileSource> file,
                                                               std::vector<std::uint8_t> headers) {
+    // Without any, the whole file would be read, whatever it claims to hold.
+    if (headers.empty()) return Error{ErrorKind::Damaged, "the headers of the file are broken", file->Path()};
     std::unique_ptr<FormatInput> input(new FormatInput(std::move(file), {}));
     input->m_headers = std::move(headers);
     input->BeginWork(kUnbounded, kLongestHeaders);

@@ -36,7 +36,8 @@ class FormatInput {
     // Once cancelled, opening fails with Cancelled, and what reads through the context gets AVERROR_EXIT.
     static Result<std::unique_ptr<FormatInput>> Open(std::shared_ptr<const FileSource> file, Haste haste,
                                                      CancelToken cancel = {});
-    // The same for bytes that stand for the file's headers; nothing can be read through it but these.
+    // The same for bytes that stand for the file's headers; nothing can be read through it but these. Damaged
+    // where there are none.
     static Result<std::unique_ptr<FormatInput>> OpenHeaders(std::shared_ptr<const FileSource> file,
                                                             std::vector<std::uint8_t> headers);
     ~FormatInput();

@@ -4,6 +4,7 @@
 #include "ordune/BitReader.h"
 #include "ordune/NalScanner.h"
 #include "ordune/ParameterSets.h"
+#include "ordune/PicturelessNal.h"
 #include "ordune/SliceHeader.h"
 
 extern "C" {
@@ -27,7 +28,6 @@ struct UnitFacts {
     bool known = true;      // it could be read
     bool whole = true;      // its NAL units fill it
     bool empty_end = false; // the last of them, which ends the unit, is empty
-    bool believable = true; // each of its NAL units that is no slice is what its type says
     bool picture = false;   // it has a slice
     bool key = false;       // decoding can begin here
     bool closed = false;    // and nothing shown after it needs what is before
@@ -37,25 +37,6 @@ struct UnitFacts {
     SliceHeader slice;
     bool second_field = false; // it has both fields of a frame
 };
-
-// Whether a NAL unit that is no slice is what its type says (ITU-T H.264, table 7-1), and not a slice whose
-// first byte is damaged.
-bool IsBelievable264(std::span<const std::uint8_t> nal) {
-    constexpr std::size_t kMostDelimiterBytes = 4;
-    const unsigned type = nal[0] & 31U;
-    if ((nal[0] & 0x80U) != 0) return false;
-    if (type == 7) return ParseSequenceParameters(nal.subspan(1)).has_value();
-    if (type == 9) return nal.size() <= kMostDelimiterBytes;
-    return (type >= 6 && type <= 15) || type == 19 || type == 20;
-}
-
-// ITU-T H.265, table 7-1.
-bool IsBelievableHevc(std::span<const std::uint8_t> nal) {
-    constexpr unsigned kParameters = 32;
-    constexpr unsigned kLast = 40;
-    const unsigned type = (nal[0] >> 1) & 63U;
-    return (nal[0] & 0x80U) == 0 && type >= kParameters && type <= kLast;
-}
 
 class UnitReading {
   public:
@@ -67,6 +48,8 @@ class UnitReading {
     UnitFacts Look(const ContainerUnit& unit, bool whole);
     // Whether the unit's slice is of a stream as nearly all are.
     bool IsUsual(const UnitFacts& facts) const;
+    // Whether the unit looked at last, which has no slice, is certain to have lost none.
+    bool IsPictureless() const;
 
   private:
     void TakeConfiguration(std::span<const std::uint8_t> configuration);
@@ -80,14 +63,17 @@ class UnitReading {
     bool m_fields_allowed = false;
     bool m_recovery = false;
     ParameterSets m_sets;
+    std::vector<std::uint8_t> m_configuration;
     std::vector<std::uint8_t> m_bytes;
+    std::vector<std::span<const std::uint8_t>> m_others; // NAL units in m_bytes that are no slices
 };
 
 UnitReading::UnitReading(const FileSource& file, const AVCodecParameters& parameters)
     : m_file(file), m_hevc(parameters.codec_id == AV_CODEC_ID_HEVC) {
     if (!m_hevc && parameters.codec_id != AV_CODEC_ID_H264) return;
     if (!parameters.extradata || parameters.extradata_size < 7 || parameters.extradata[0] != 1) return;
-    TakeConfiguration({parameters.extradata, static_cast<std::size_t>(parameters.extradata_size)});
+    m_configuration.assign(parameters.extradata, parameters.extradata + parameters.extradata_size);
+    TakeConfiguration(m_configuration);
 }
 
 // ISO/IEC 14496-15, 5.3.3.1 and 8.3.3.1.
@@ -115,6 +101,7 @@ UnitFacts UnitReading::Look(const ContainerUnit& unit, bool whole) {
     m_bytes.resize(static_cast<std::size_t>(std::max<std::int64_t>(got, 0)));
     facts.known = m_bytes.size() == size;
     m_recovery = false;
+    m_others.clear();
     std::size_t at = 0;
     // The decoder's own rule: up to three bytes left over are overlooked.
     while (unit.size_bytes - at >= 4) {
@@ -148,6 +135,12 @@ bool UnitReading::IsUsual(const UnitFacts& facts) const {
     return sequence && sequence->IsUsual();
 }
 
+bool UnitReading::IsPictureless() const {
+    return std::all_of(m_others.begin(), m_others.end(), [this](std::span<const std::uint8_t> nal) {
+        return m_hevc ? IsPicturelessHevc(nal, m_configuration) : IsPictureless264(nal, m_configuration);
+    });
+}
+
 // Some recorders wrap several NAL units with start codes into one behind a length field. The decoder goes by
 // the start codes then.
 void UnitReading::LookAtAll(std::span<const std::uint8_t> nal, UnitFacts& facts) {
@@ -155,6 +148,7 @@ void UnitReading::LookAtAll(std::span<const std::uint8_t> nal, UnitFacts& facts)
         const bool slice = m_hevc ? ((nal[0] >> 1) & 63U) < 32 : (nal[0] & 31U) == 1 || (nal[0] & 31U) == 5;
         const std::size_t next = slice ? nal.size() : FindStartCode(nal.data(), 0, nal.size());
         m_hevc ? LookAtHevc(nal.first(next), facts) : LookAt264(nal.first(next), facts);
+        if (!slice && next > 0) m_others.push_back(nal.first(next));
         nal = nal.subspan(std::min(nal.size(), next + 3));
     }
 }
@@ -173,10 +167,7 @@ void UnitReading::LookAt264(std::span<const std::uint8_t> nal, UnitFacts& facts)
             m_recovery = bits.Unsigned() == 0 && !bits.Overrun();
         }
     }
-    if (type != 1 && type != 5) {
-        facts.believable = facts.believable && IsBelievable264(nal);
-        return;
-    }
+    if (type != 1 && type != 5) return;
     const std::optional<SliceHeader> slice = ParseSliceHeader(nal, m_sets);
     if (!facts.picture) {
         facts.picture = true;
@@ -195,7 +186,6 @@ void UnitReading::LookAt264(std::span<const std::uint8_t> nal, UnitFacts& facts)
 void UnitReading::LookAtHevc(std::span<const std::uint8_t> nal, UnitFacts& facts) {
     if (nal.empty()) return;
     const unsigned type = (nal[0] >> 1) & 63U;
-    if (type > 31) facts.believable = facts.believable && IsBelievableHevc(nal);
     if (type > 31 || facts.picture) return;
     facts.picture = true;
     facts.key = type >= 16 && type <= 23;
@@ -203,12 +193,6 @@ void UnitReading::LookAtHevc(std::span<const std::uint8_t> nal, UnitFacts& facts
     facts.skipped = type == 8 || type == 9;
     // Not referred to within its own temporal layer is all that the type says; a higher layer may refer to
     // it.
-}
-
-// Damage takes a picture, but not its place in the file: what follows keeps its number.
-bool MakesNoPicture(const UnitFacts& facts) {
-    if (!facts.known) return false;
-    return facts.whole ? !facts.picture && facts.believable : facts.picture && facts.empty_end;
 }
 
 bool IsSecondField(const UnitFacts& first, const UnitFacts& second) {
@@ -231,6 +215,8 @@ class UnitInspector::Impl {
 
   private:
     void CorrectOne(ContainerUnit& unit);
+    bool MakesNoPicture(const UnitFacts& facts) const;
+    bool IsDamagedPair(const UnitFacts& facts) const;
     void HideBeforeFirstKey(std::span<ContainerUnit> units);
     void HideLeading(std::span<ContainerUnit> units);
 
@@ -244,6 +230,8 @@ class UnitInspector::Impl {
     UnitFacts m_before;
     bool m_open = false; // the unit before may be the first field of a frame
     bool m_saw_second_field = false;
+    bool m_in_fields = false;        // the last unit whose header could be read was a field
+    bool m_second_is_bottom = false; // of the two fields of a frame, the bottom one comes second
     bool m_saw_false_key = false;
 
     bool m_sure = false;
@@ -279,21 +267,41 @@ void UnitInspector::Impl::Correct(std::span<ContainerUnit> units) {
 void UnitInspector::Impl::CorrectOne(ContainerUnit& unit) {
     const UnitFacts facts = m_reading.Look(unit, m_whole);
     if (m_whole && MakesNoPicture(facts)) unit.shown = false;
-    // What a damaged unit still says of itself is worth less than a table of key units.
-    if (facts.picture && (facts.whole || m_all_keys)) {
+    if (facts.picture && facts.whole) {
         unit.referenced = facts.referenced;
         unit.closed = facts.closed;
+    }
+    // A table of key units is worth more than what a unit, damaged perhaps, says of itself.
+    if (facts.picture && m_all_keys) {
         m_saw_false_key = m_saw_false_key || (unit.key && !facts.key);
         unit.key = unit.key && facts.key;
     }
-    m_open = m_open && IsSecondField(m_before, facts);
+    m_open = m_open && (IsSecondField(m_before, facts) || IsDamagedPair(facts));
     if (m_open) {
         m_saw_second_field = true;
+        if (facts.parsed) m_second_is_bottom = facts.slice.bottom;
         unit.shown = false;
         unit.key = false;
     }
     m_open = !m_open;
+    if (facts.parsed) m_in_fields = facts.slice.field;
     m_before = facts;
+}
+
+// Damage takes a picture, but not its place in the file: what follows keeps its number.
+bool UnitInspector::Impl::MakesNoPicture(const UnitFacts& facts) const {
+    if (!facts.known) return false;
+    return facts.whole ? !facts.picture && m_reading.IsPictureless() : facts.picture && facts.empty_end;
+}
+
+// Whether this unit and the one before, one or both of which are damaged, are the fields of one frame, as far
+// as what is around them tells.
+bool UnitInspector::Impl::IsDamagedPair(const UnitFacts& facts) const {
+    if (!m_saw_second_field || (facts.parsed && m_before.parsed)) return false;
+    if (!facts.parsed && !m_before.parsed) return m_in_fields;
+    const UnitFacts& whole = facts.parsed ? facts : m_before;
+    return whole.slice.field && !whole.second_field &&
+           (whole.slice.bottom == m_second_is_bottom) == facts.parsed;
 }
 
 // Rule 4.

@@ -1,6 +1,7 @@
 // What a file may cost, whatever it claims: how much of it is read at opening, how far its times reach.
 
 #include "ordune/ContentCache.h"
+#include "ordune/FormatInput.h"
 #include "ordune/FrameTable.h"
 #include "ordune/MediaFile.h"
 #include "ordune/Mp4Claims.h"
@@ -87,6 +88,12 @@ class LargeTrack {
         m_bytes.resize(m_bytes.size() + 64);
     }
 
+    // Nothing of the unit is left.
+    void Blank(std::size_t unit) {
+        const auto begin = m_bytes.begin() + units[unit].offset_bytes;
+        std::fill(begin, begin + kUnitBytes, std::uint8_t{0});
+    }
+
     void Inspect() {
         const std::string path = std::string(TALVIO_TEST_WORK_DIR) + "/large-" +
                                  testing::UnitTest::GetInstance()->current_test_info()->name();
@@ -154,6 +161,22 @@ TEST(LargeFiles, HaveTheirFieldsPairedToTheEnd) {
     track.Inspect();
     for (unsigned i = 0; i < kUnits; ++i)
         ASSERT_EQ(track.units[i].shown, i % 2 == 0) << "unit " << i;
+}
+
+// One that is damaged is a field all the same; were it a frame, the fields after it would pair up wrongly.
+TEST(LargeFiles, HaveTheirFieldsPairedAlsoWhereOneIsDamaged) {
+    for (const std::vector<unsigned>& damaged :
+         {std::vector<unsigned>{601}, {600}, {600, 601}, {601, 602}, {599, 600, 601, 602}}) {
+        SCOPED_TRACE(damaged.front());
+        LargeTrack track(false, false);
+        for (unsigned i = 0; i < kUnits; ++i)
+            track.Add(FieldNumbered(i));
+        for (const unsigned i : damaged)
+            track.Blank(i);
+        track.Inspect();
+        for (unsigned i = 0; i < kUnits; ++i)
+            ASSERT_EQ(track.units[i].shown, i % 2 == 0) << "unit " << i;
+    }
 }
 
 TEST(LargeFiles, AreLookedThroughForFalseKeys) {
@@ -251,6 +274,17 @@ TEST(Claims, OfAnySingleThingAreGivenNoMoreThanTheLargestHonestOneNeeds) {
     EXPECT_EQ(av_malloc(ffmpeg::kLargestAllocation + 1), nullptr);
     const std::unique_ptr<void, decltype(&av_free)> large(av_malloc(ffmpeg::kLargestAllocation / 2), av_free);
     EXPECT_NE(large, nullptr);
+}
+
+// What stands for the headers of a film is all that is read for them: not the film, with whatever it claims.
+TEST(Claims, OfAFileAreNotReadWhereItsHeadersAreBroken) {
+    if (Recordings().empty()) GTEST_SKIP() << "no recordings in " << TALVIO_MEDIA_DIR;
+    const auto source = FileSource::Open(RecordingPath("mp4/sample.mp4"));
+    ASSERT_TRUE(source);
+    EXPECT_TRUE(FormatInput::Open(source.Value(), FormatInput::Haste::Opening));
+    const auto input = FormatInput::OpenHeaders(source.Value(), {});
+    ASSERT_FALSE(input);
+    EXPECT_EQ(input.Failure().kind, ErrorKind::Damaged);
 }
 
 TEST(Claims, OfAFragmentAreBelievedAsFarAsTheFileHasBytes) {

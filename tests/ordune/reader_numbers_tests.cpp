@@ -80,6 +80,21 @@ class DamagedUnit : public testing::TestWithParam<std::string> {
         head = static_cast<char>(Hevc() ? (byte & 0x81U) | (type << 1) : (byte & 0xe0U) | type);
     }
 
+    // Makes the NAL unit behind the length field one message of a user's, as long as it was.
+    void MakeMessage(std::size_t at) {
+        SetType(at, Hevc() ? 39 : 6);
+        const std::size_t begin = at + 4 + (Hevc() ? 2 : 1);
+        const std::size_t left = LengthAt(at) - (begin - at - 4);
+        std::string message("\x05");
+        std::size_t size = left - 3;
+        while (size + message.size() + size / 255 + 2 > left)
+            --size;
+        message.append(size / 255, '\xff').push_back(static_cast<char>(size % 255));
+        message.append(size, 'u').push_back('\x80');
+        ASSERT_EQ(message.size(), left);
+        m_bytes.replace(begin, left, message);
+    }
+
     // The file as it is now has all its frames, each under its own number but for those of the group that the
     // damage is in.
     void ExpectNumbersKept(FrameNumber damaged) {
@@ -141,10 +156,21 @@ TEST_P(DamagedUnit, WhoseBeginningIsThatOfAnotherKeepsItsNumber) {
     });
 }
 
-// What looks like a NAL unit without a picture is one only if it can be.
-TEST_P(DamagedUnit, WhoseTypeIsWrongKeepsItsNumber) {
+// Whatever else its type then says: the bytes say otherwise.
+TEST_P(DamagedUnit, WithAnyOneBitOfItsTypeWrongKeepsItsNumber) {
+    for (int bit = 0; bit < 8; ++bit) {
+        SCOPED_TRACE(bit);
+        ExpectNumbersKeptAfter([&](const Place& place) {
+            char& head = m_bytes[SliceOf(place) + 4];
+            head = static_cast<char>(head ^ (1 << bit));
+        });
+    }
+}
+
+TEST_P(DamagedUnit, WhoseTypeIsOfAnotherKindKeepsItsNumber) {
     const std::vector<unsigned> types =
-        Hevc() ? std::vector<unsigned>{41, 63} : std::vector<unsigned>{7, 9, 17, 24};
+        Hevc() ? std::vector<unsigned>{32, 33, 34, 35, 36, 37, 38, 39, 40, 41, 63}
+               : std::vector<unsigned>{6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 17, 20, 24};
     for (const unsigned type : types) {
         SCOPED_TRACE(type);
         ExpectNumbersKeptAfter([&](const Place& place) { SetType(SliceOf(place), type); });
@@ -152,7 +178,17 @@ TEST_P(DamagedUnit, WhoseTypeIsWrongKeepsItsNumber) {
 }
 
 TEST_P(DamagedUnit, IsToldFromOneOfMessagesAlone) {
-    SetType(SliceOf(m_places[23]), Hevc() ? 39 : 6);
+    MakeMessage(SliceOf(m_places[23]));
+    EXPECT_EQ(TotalNow(), kFrames - 1);
+}
+
+TEST_P(DamagedUnit, IsToldFromOneOfFillerAlone) {
+    const std::size_t at = SliceOf(m_places[23]);
+    SetType(at, Hevc() ? 38 : 12);
+    const std::size_t header = at + 4 + (Hevc() ? 2 : 1);
+    const std::size_t end = at + 4 + LengthAt(at);
+    m_bytes.replace(header, end - header, end - header, '\xff');
+    m_bytes[end - 1] = '\x80';
     EXPECT_EQ(TotalNow(), kFrames - 1);
 }
 
