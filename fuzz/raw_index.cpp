@@ -9,6 +9,7 @@
 #include "ordune/RawUnitReader.h"
 
 #include <memory>
+#include <thread>
 
 using namespace ordune;
 
@@ -48,7 +49,12 @@ void ReadUnits(const std::shared_ptr<const FileSource>& file, const Indexed& ind
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const fuzz::MemoryFile memory({data, size});
-    const auto file = FileSource::Open(memory.Path());
+    auto file = FileSource::Open(memory.Path());
+    // A busy machine may let an opening wait longer than it has patience.
+    for (int tries = 0; !file && tries < 5; ++tries) {
+        std::this_thread::sleep_for(FileSource::kPatience);
+        file = FileSource::Open(memory.Path());
+    }
     fuzz::Require(static_cast<bool>(file), "the input is a file");
     (void)RawContent::Recognise(*file.Value());
     const Indexed whole(file.Value(), RawIndexer::kBlock);

@@ -8,6 +8,7 @@ namespace {
 
 constexpr std::size_t kHeaderBytes = 64;
 constexpr int kMostFlips = 32;
+constexpr std::size_t kHeadBytes = 8; // a length field, a type and the begin of what follows
 
 std::size_t Below(std::size_t limit, Random& random) {
     return limit > 0 ? static_cast<std::size_t>(random() % limit) : 0;
@@ -27,6 +28,11 @@ Range AnyUnit(const FilePlan& plan, Random& random, Wanted wanted) {
         if (wanted(i, plan.units[i])) ranges.push_back(plan.units[i].bytes);
     }
     return ranges.empty() ? Range() : ranges[Below(ranges.size(), random)];
+}
+
+void FlipBit(std::vector<std::uint8_t>& bytes, Range part, Random& random) {
+    const std::size_t at = part.begin + Below(part.Size(), random);
+    bytes[at] ^= static_cast<std::uint8_t>(1U << Below(8, random));
 }
 
 auto At(std::vector<std::uint8_t>& bytes, std::size_t offset) {
@@ -63,6 +69,8 @@ const char* NameOf(Harm harm) {
         return "zeroed";
     case Harm::Flip:
         return "flipped";
+    case Harm::FlipHead:
+        return "head flip";
     case Harm::Duplicate:
         return "duplicated";
     case Harm::Reorder:
@@ -111,8 +119,11 @@ Damaged Break(const std::vector<std::uint8_t>& whole, Range part, Harm harm, Ran
     case Harm::Flip:
         damaged.touched = part;
         for (std::size_t flips = 1 + Below(kMostFlips, random); flips > 0; --flips)
-            bytes[part.begin + Below(part.Size(), random)] ^=
-                static_cast<std::uint8_t>(1U << Below(8, random));
+            FlipBit(bytes, part, random);
+        break;
+    case Harm::FlipHead:
+        damaged.touched = {part.begin, std::min(part.end, part.begin + kHeadBytes)};
+        FlipBit(bytes, damaged.touched, random);
         break;
     case Harm::Duplicate: {
         const std::vector<std::uint8_t> copy(At(bytes, piece.begin), At(bytes, piece.end));

@@ -16,14 +16,15 @@ enum class Harm {
     Remove,    // a piece is missing
     Zero,      // a piece is blank
     Flip,      // a few bits are wrong
+    FlipHead,  // one bit is, of the first few bytes: of a length, a type, a header
     Duplicate, // a piece is there twice
     Reorder,   // two neighbouring pieces have changed places
 };
 
 inline constexpr Place kPlaces[] = {Place::Header,     Place::Table,        Place::FirstPicture,
                                     Place::KeyPicture, Place::OtherPicture, Place::LastPicture};
-inline constexpr Harm kHarms[] = {Harm::CutOff, Harm::Remove,    Harm::Zero,
-                                  Harm::Flip,   Harm::Duplicate, Harm::Reorder};
+inline constexpr Harm kHarms[] = {Harm::CutOff,   Harm::Remove,    Harm::Zero,   Harm::Flip,
+                                  Harm::FlipHead, Harm::Duplicate, Harm::Reorder};
 
 const char* NameOf(Place place);
 const char* NameOf(Harm harm);

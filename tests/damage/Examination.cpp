@@ -59,18 +59,24 @@ bool TablesStand(const FilePlan& plan, const Damaged& damaged) {
                        [&](Range table) { return table.end <= damaged.touched.begin; });
 }
 
+bool IsWithinAUnit(const FilePlan& plan, Range touched) {
+    return std::any_of(plan.units.begin(), plan.units.end(), [&](const Unit& unit) {
+        return unit.bytes.begin <= touched.begin && touched.end <= unit.bytes.end;
+    });
+}
+
+// Whether what lies behind the damage can be found: in MP4 where the tables say that it is, elsewhere by what
+// it begins with.
 bool GoesOnAfter(const FilePlan& plan, const Damaged& damaged) {
-    return plan.layout == Layout::RawStream || !damaged.moved;
+    if (!damaged.moved || plan.layout == Layout::RawStream) return true;
+    return plan.layout == Layout::Packets && IsWithinAUnit(plan, damaged.touched);
 }
 
 // Whether the container, rather than the pictures, tells the number of what lies behind the damage. Headers
 // between packets may be gone with what is around them.
-bool NumbersStand(const FilePlan& plan, Range touched) {
-    if (plan.layout == Layout::RawStream) return false;
-    if (plan.layout != Layout::Packets) return true;
-    return std::any_of(plan.units.begin(), plan.units.end(), [&](const Unit& unit) {
-        return unit.bytes.begin <= touched.begin && touched.end <= unit.bytes.end;
-    });
+bool NumbersStand(const FilePlan& plan, const Damaged& damaged) {
+    if (plan.layout == Layout::RawStream || damaged.moved) return false;
+    return plan.layout != Layout::Packets || IsWithinAUnit(plan, damaged.touched);
 }
 
 // The first whole group that needs nothing of what the damage reached.
@@ -80,7 +86,7 @@ std::optional<std::size_t> GroupAfter(const FilePlan& plan, const std::vector<st
     const bool sets_lost = raw && HasSets(whole, touched);
     for (std::size_t i = 1; i < plan.units.size(); ++i) {
         const Unit& unit = plan.units[i];
-        if (!unit.key || !unit.closed || unit.frame == kNotShown) continue;
+        if (!unit.key || unit.frame == kNotShown) continue;
         if (unit.bytes.begin < touched.end + (raw ? 4 : 0)) continue;
         if (!sets_lost || HasSets(whole, unit.bytes)) return i;
     }
@@ -123,7 +129,7 @@ Expectation ExpectationOf(const FilePlan& plan, const std::vector<std::uint8_t>&
         std::set<std::uint32_t> frames = {key};
         if (key + 1 < plan.total) frames.insert({key + 1, plan.total - 1});
         expectation.after.assign(frames.begin(), frames.end());
-        expectation.numbered = NumbersStand(plan, damaged.touched);
+        expectation.numbered = NumbersStand(plan, damaged);
     }
     return expectation;
 }
@@ -177,6 +183,10 @@ void Examination::LearnHashes(const std::set<std::uint32_t>& frames) {
         const auto found = report.pictures.find("frame " + std::to_string(frame));
         m_hashes[frame] = found == report.pictures.end() ? "-" : found->second;
     }
+}
+
+void Examination::LeaveOutUnknown(std::vector<std::uint32_t>& frames) const {
+    std::erase_if(frames, [&](std::uint32_t frame) { return m_hashes.at(frame) == "-"; });
 }
 
 std::vector<std::string> Examination::WishesFor(const Expectation& expectation) const {
@@ -261,10 +271,13 @@ bool Examination::Try(Place place, Harm harm, std::uint64_t seed, Verdict& verdi
     const Range part = PartOf(m_plan, m_whole.size(), place, random);
     if (part.Size() == 0) return false;
     const Damaged damaged = Break(m_whole, part, harm, random);
-    const Expectation expectation = ExpectationOf(m_plan, m_whole, damaged);
+    Expectation expectation = ExpectationOf(m_plan, m_whole, damaged);
     std::set<std::uint32_t> frames(expectation.before.begin(), expectation.before.end());
     frames.insert(expectation.after.begin(), expectation.after.end());
     LearnHashes(frames);
+    LeaveOutUnknown(expectation.before);
+    LeaveOutUnknown(expectation.after);
+    expectation.numbered = expectation.numbered && !expectation.after.empty();
 
     const std::string path = m_folder + "/" + m_name;
     std::ofstream(path, std::ios::binary)

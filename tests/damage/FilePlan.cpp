@@ -83,11 +83,8 @@ FilePlan PlanOf(const std::string& path) {
         const std::size_t begin = static_cast<std::size_t>(packet.pos) + header;
         const std::size_t end = std::min(bytes.size(), static_cast<std::size_t>(packet.pos + packet.size));
         if (begin >= end) continue;
-        const auto group = index.GroupOfUnit(unit.Value()->number);
-        plan.units.push_back({.bytes = {begin, end},
-                              .frame = index.FrameOf(unit.Value()->number),
-                              .key = unit.Value()->key,
-                              .closed = group && group->leading_count == 0});
+        plan.units.push_back(
+            {.bytes = {begin, end}, .frame = index.FrameOf(unit.Value()->number), .key = unit.Value()->key});
     }
     plan.total = index.Total();
     // What such a container says of the whole film stands before its first and behind its last packet.

@@ -19,7 +19,6 @@ struct Unit {
     Range bytes;
     std::uint32_t frame = 0; // the picture that it is decoded to; all ones when that is not shown
     bool key = false;        // begins a group
-    bool closed = false;     // of a group that refers to nothing before it; told of the group's first unit
 };
 
 enum class Layout {

@@ -14,6 +14,7 @@ namespace {
 using namespace damage;
 using support::ClipContainer;
 using support::ClipOptions;
+using support::ClipScan;
 
 // Four groups, so that there are whole ones before and after what is broken.
 ClipOptions Film(ClipOptions options) {
@@ -109,5 +110,9 @@ INSTANTIATE_TEST_SUITE_P(
                     Clip{"mp4", Film({.bFrames = 2})},
                     Clip{"fragmented", Film({.bFrames = 2, .container = ClipContainer::FragmentedMp4})},
                     Clip{"matroska",
-                         Film({.bFrames = 2, .container = ClipContainer::Matroska, .sound = true})}),
+                         Film({.bFrames = 2, .container = ClipContainer::Matroska, .sound = true})},
+                    Clip{"hevc", Film({.codec = "libx265", .bFrames = 2})},
+                    Clip{"fields", Film({.scan = ClipScan::TopFieldFirst})},
+                    Clip{"open_groups", Film({.bFrames = 2, .openGop = true})},
+                    Clip{"avi", Film({.container = ClipContainer::Avi})}),
     [](const testing::TestParamInfo<Clip>& clip) { return std::string(clip.param.name); });
