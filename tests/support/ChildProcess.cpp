@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
+#include <iostream>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
@@ -75,6 +76,12 @@ struct Prepared {
     environ = const_cast<char**>(prepared.environment);
     execvp(prepared.arguments[0], prepared.arguments);
     _exit(127);
+}
+
+// A sanitizer's: of a race, an error of memory, undefined behaviour.
+bool HoldsReport(const std::string& output) {
+    return output.find("Sanitizer: ") != std::string::npos ||
+           output.find(": runtime error: ") != std::string::npos;
 }
 
 } // namespace
@@ -200,7 +207,11 @@ void ChildProcess::Reap(int status) {
 }
 
 void ChildProcess::Abandon() {
-    if (m_pid >= 0) Terminate();
+    if (m_pid >= 0) {
+        Terminate();
+        if (const std::string output = Output(); HoldsReport(output))
+            std::cerr << "A child of this test wrote a report:\n" << output << std::endl;
+    }
     m_pid = -1;
     if (m_output >= 0) close(m_output);
     m_output = -1;

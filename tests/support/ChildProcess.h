@@ -4,8 +4,9 @@
  * The child leads a process group of its own. When the object goes, the whole group is ended and the child is
  * reaped; when the test process dies first, the kernel ends the child. What the child writes to its standard
  * output and standard error is kept in one anonymous file, so that a child that talks a lot never waits for
- * its reader. One thread at a time may use an object; Start must be called on a thread that outlives the
- * child.
+ * its reader. When the object goes and that holds a report of a sanitizer, all of it is written to this
+ * process's standard error, whether the test looks at it or not.
+ * One thread at a time may use an object; Start must be called on a thread that outlives the child.
  */
 #pragma once
 

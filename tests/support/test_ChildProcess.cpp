@@ -83,3 +83,18 @@ TEST(ChildProcess, TerminateKillsAChildThatRefusesToEnd) {
     EXPECT_EQ(child.Terminate(50ms), 128 + SIGKILL);
     EXPECT_FALSE(child.IsRunning());
 }
+
+// The reports are made up and caught, so that nobody takes them for this program's own.
+TEST(ChildProcess, PassesOnWhatASanitizerReported) {
+    for (const std::string report :
+         {"WARNING: ThreadSanitizer: data race (pid=1)", "==1==ERROR: AddressSanitizer: heap-use-after-free",
+          "Player.cpp:1:2: runtime error: signed integer overflow"}) {
+        testing::internal::CaptureStderr();
+        ChildProcess::Run({"sh", "-c", "echo before; echo \"$0\"; exec sleep 600", report}, 50ms);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+                  "A child of this test wrote a report:\nbefore\n" + report + "\n\n");
+    }
+    testing::internal::CaptureStderr();
+    ChildProcess::Run({"sh", "-c", "echo all is well"}, 10s);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
