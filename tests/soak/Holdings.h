@@ -1,16 +1,17 @@
-// What a process and its X server hold, and whether that grows.
+// What a process and its X server hold.
 #pragma once
 
-#include "tests/support/XScreen.h"
-
 #include <optional>
-#include <string>
 #include <sys/types.h>
-#include <vector>
+
+namespace support {
+class XScreen;
+}
 
 namespace soak {
 
-// One look at everything. Counts but where a unit is named.
+// One look at everything. Counts but where a unit is named. The process's own memory is 0 under the
+// sanitizers, which bring heaps of their own that keep what was freed for a while.
 struct Holdings {
     double seconds = 0.0;   // since the run began
     long actions = 0;       // done so far
@@ -28,11 +29,5 @@ struct Holdings {
 
 // Looks at this process and at the server, whose process is `server`.
 Holdings Look(support::XScreen& screen, pid_t server);
-
-// The samples as a table, and the medians of their first and last thirds.
-void Print(const std::vector<Holdings>& samples);
-
-// What grew from the first third of the samples to the last, a sentence each.
-std::vector<std::string> Growth(const std::vector<Holdings>& samples);
 
 } // namespace soak

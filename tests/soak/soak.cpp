@@ -4,7 +4,7 @@
 // on an X server and sound on a sound server of its own. Without files it plays clips of its own. Every few
 // seconds all is closed and what is held is looked at. Prints the seed, every wrong answer as it happens, and
 // the table of what was held. Fails on a wrong answer and on growth.
-#include "tests/soak/Holdings.h"
+#include "tests/soak/Growth.h"
 #include "tests/soak/Visitor.h"
 #include "tests/support/ClipMaker.h"
 #include "tests/support/PulseServer.h"
