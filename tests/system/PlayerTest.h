@@ -8,6 +8,7 @@
 #include "tests/system/Desktop.h"
 #include "tests/system/PlayerRun.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -83,6 +84,15 @@ class PlayerTest : public testing::Test {
     support::TemporaryFolder m_media;
     Desktop m_desktop;
 };
+
+// The program ended with this code of its own accord: no signal ended it, and no sanitizer, whose codes are
+// small as well.
+inline void ExpectEndedByItself(PlayerRun& player, int code) {
+    const std::string output = player.Process().Output();
+    EXPECT_LT(code, 128) << output;
+    EXPECT_THAT(output, testing::Not(testing::HasSubstr("Sanitizer")));
+    EXPECT_THAT(output, testing::Not(testing::HasSubstr("runtime error:")));
+}
 
 // Commands of the video's context menu.
 inline void ChooseFromVideoMenu(PlayerRun& player, int entry) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fstream>
 #include <memory>
 #include <poll.h>
 #include <stdexcept>
@@ -25,8 +26,9 @@ std::unique_ptr<Reply, Free> Own(Reply* reply) {
 
 } // namespace
 
-WindowPulse::WindowPulse(const std::string& display, xcb_window_t window)
-    : m_connection(xcb_connect(display.c_str(), nullptr)), m_window(window) {
+WindowPulse::WindowPulse(const std::string& display, xcb_window_t window, pid_t program)
+    : m_connection(xcb_connect(display.c_str(), nullptr)), m_window(window),
+      m_schedule("/proc/" + std::to_string(program) + "/task/" + std::to_string(program) + "/schedstat") {
     if (xcb_connection_has_error(m_connection) != 0) {
         xcb_disconnect(m_connection);
         throw std::runtime_error("no display " + display);
@@ -84,6 +86,7 @@ void WindowPulse::Ask() {
         const std::lock_guard lock(m_mutex);
         question.data.data32[3] = ++m_question; // the answer brings it back
         m_open = true;
+        m_awake = AwakeSoFar();
         m_asked = Clock::now();
     }
     xcb_send_event(m_connection, 0, m_window, XCB_EVENT_MASK_NO_EVENT,
@@ -97,15 +100,35 @@ void WindowPulse::Hear(const xcb_generic_event_t& event) {
     if (answer.type != m_protocols || answer.data.data32[0] != m_ping) return;
     const std::lock_guard lock(m_mutex);
     if (answer.data.data32[2] != m_window || answer.data.data32[3] != m_question || !m_open) return;
+    MeasureLocked();
     m_open = false;
-    m_slowest = std::max(m_slowest, Milliseconds(Clock::now() - m_asked));
     ++m_answers;
 }
 
-WindowPulse::Milliseconds WindowPulse::TakeSlowest() {
+void WindowPulse::MeasureLocked() {
+    const Milliseconds wait = Clock::now() - m_asked;
+    m_slowest.answer = std::max(m_slowest.answer, wait);
+    const std::optional<Milliseconds> awake = AwakeSoFar();
+    if (!awake || !m_awake) return;
+    // A wait for a processor is counted when it is over, one from before the question too.
+    const Milliseconds asleep = std::max(wait - (*awake - *m_awake), Milliseconds(0));
+    m_slowest.asleep = std::max(m_slowest.asleep.value_or(asleep), asleep);
+}
+
+// Time on a processor and time waiting for one; nothing where neither is counted.
+std::optional<WindowPulse::Milliseconds> WindowPulse::AwakeSoFar() const {
+    std::ifstream file(m_schedule);
+    std::uint64_t running = 0;
+    std::uint64_t waiting = 0;
+    file >> running >> waiting;
+    if (!file || running == 0) return std::nullopt;
+    return std::chrono::nanoseconds(running + waiting);
+}
+
+WindowPulse::Slowest WindowPulse::TakeSlowest() {
     const std::lock_guard lock(m_mutex);
-    const Milliseconds slowest = std::exchange(m_slowest, Milliseconds(0));
-    return m_open ? std::max(slowest, Milliseconds(Clock::now() - m_asked)) : slowest;
+    if (m_open) MeasureLocked();
+    return std::exchange(m_slowest, Slowest());
 }
 
 } // namespace system_tests
