@@ -266,7 +266,10 @@ void UnitInspector::Impl::Correct(std::span<ContainerUnit> units) {
 // Rules 1 to 3.
 void UnitInspector::Impl::CorrectOne(ContainerUnit& unit) {
     const UnitFacts facts = m_reading.Look(unit, m_whole);
-    if (m_whole && MakesNoPicture(facts)) unit.shown = false;
+    if (m_whole && MakesNoPicture(facts)) {
+        unit.shown = false;
+        return;
+    }
     if (facts.picture && facts.whole) {
         unit.referenced = facts.referenced;
         unit.closed = facts.closed;

@@ -1,6 +1,7 @@
 // Looks into the units of H.264 and HEVC in containers where the container's word is not enough.
 //
-// 1. A unit without a slice makes no picture, nor does one that ends with an empty NAL unit: the decoder takes
+// 1. A unit without a slice makes no picture, nor does one that ends with an empty NAL unit: the decoder
+// takes
 //    none of it. One that is damaged otherwise, or cannot be read, stays a frame, which turns out undecodable
 //    when it is wanted: what follows it keeps its number. Files of up to 32 MB are looked through for such
 //    units, which takes as long as reading them once; in a larger one the container is believed.
