@@ -77,8 +77,8 @@ std::string ErrorText(int code);
 // FFmpeg's error code as an error of this library: `doing` begins the text ("cannot open the file").
 Error MakeError(int code, const std::string& doing, const std::string& file);
 
-// The largest piece of memory that FFmpeg gives out at a time. Boxes of a few bytes ask for gigabytes; the index
-// of a film of five days with sound and the largest picture of any codec need less than this.
+// The largest piece of memory that FFmpeg gives out at a time. Boxes of a few bytes ask for gigabytes; the
+// index of a film of five days with sound and the largest picture of any codec need less than this.
 inline constexpr std::size_t kLargestAllocation = std::size_t{512} << 20;
 
 // Prepares FFmpeg, once for the process, before anything is opened or decoded: no word in its log, since this
