@@ -11,8 +11,10 @@ extern "C" {
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstdarg>
+#include <cstring>
 #include <mutex>
 
 namespace ordune::ffmpeg {
@@ -122,13 +124,25 @@ Error MakeError(int code, const std::string& doing, const std::string& file) {
     return Error{KindOf(code), doing + ": " + ErrorText(code), file};
 }
 
+static std::atomic<ErrorListener> error_listener{nullptr};
+
+// Called for every sample of an MP4 file, at whatever level: to leave at once costs least.
+static void OnLog(void* object, int level, const char*, va_list) {
+    if (level > AV_LOG_ERROR || !object || *static_cast<const AVClass**>(object) != avcodec_get_class())
+        return;
+    if (const ErrorListener listener = error_listener.load()) listener(static_cast<AVCodecContext*>(object));
+}
+
+void SetErrorListener(ErrorListener listener) {
+    error_listener = listener;
+}
+
 void SetUp() {
     static std::once_flag once;
     std::call_once(once, [] {
         av_max_alloc(kLargestAllocation);
         av_log_set_level(AV_LOG_QUIET);
-        // It is called for every sample of an MP4 file, at whatever level; an empty one costs least.
-        av_log_set_callback([](void*, int, const char*, va_list) {});
+        av_log_set_callback(OnLog);
     });
 }
 

@@ -85,4 +85,10 @@ inline constexpr std::size_t kLargestAllocation = std::size_t{512} << 20;
 // library tells what is wrong by values, and no allocation above kLargestAllocation. Any thread.
 void SetUp();
 
+// Told when a decoder gives up part of a picture as damaged, as far as its log says so, which H.264's does:
+// on the thread that decodes, with the context that this thread has of the decoder. One listener for the
+// process. Any thread.
+using ErrorListener = void (*)(AVCodecContext* context);
+void SetErrorListener(ErrorListener listener);
+
 } // namespace ordune::ffmpeg

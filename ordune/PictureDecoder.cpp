@@ -39,6 +39,7 @@ Result<std::unique_ptr<PictureDecoder>> PictureDecoder::Make(const AVCodecParame
     if (!decoder->m_frame || !decoder->m_context)
         return Error{ErrorKind::OutOfMemory, "no memory for a decoder", file};
 
+    ffmpeg::SetErrorListener(&PictureDecoder::OnError);
     AVCodecContext* context = decoder->m_context.get();
     int code = avcodec_parameters_to_context(context, parameters);
     if (code < 0) return ffmpeg::MakeError(code, "cannot set up the decoder", file);
@@ -62,9 +63,25 @@ int PictureDecoder::GetBuffer(AVCodecContext* context, AVFrame* frame, int flags
     return avcodec_default_get_buffer2(context, frame, flags);
 }
 
+void PictureDecoder::OnError(AVCodecContext* context) {
+    // Others than this class's have no such function.
+    if (context->get_buffer2 == &PictureDecoder::GetBuffer)
+        static_cast<PictureDecoder*>(context->opaque)->m_met_error = true;
+}
+
+// A picture's own flags do not always tell: it may have been given out before it was decoded to its end. What
+// was met on one of the threads is known here at the latest when the thread takes another unit.
+void PictureDecoder::NoteDamage() {
+    if (!m_met_error.exchange(false) || m_spoilt_at || !m_first_sent) return;
+    const auto threads = static_cast<UnitNumber>(m_context->thread_count);
+    m_spoilt_at = m_last_sent - std::min(m_last_sent - *m_first_sent, threads);
+}
+
 void PictureDecoder::Send(const AVPacket* packet, bool if_referenced) {
     m_context->skip_frame = if_referenced ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
     // A refusal concerns this unit or one before it; which one shows when its picture does not come out.
+    m_last_sent = static_cast<UnitNumber>(packet->pts);
+    if (!m_first_sent) m_first_sent = m_last_sent;
     if (avcodec_send_packet(m_context.get(), packet) == AVERROR(ENOMEM)) m_out_of_memory = true;
 }
 
@@ -77,6 +94,9 @@ AVFrame* PictureDecoder::Receive() {
     // bounded in case an error repeats itself.
     for (int tries = 0; tries < 64; ++tries) {
         const int code = avcodec_receive_frame(m_context.get(), m_frame.get());
+        // Until a first picture came out, errors are those of having begun where decoding cannot begin.
+        m_gave_picture = m_gave_picture || code == 0;
+        if (m_gave_picture) NoteDamage();
         if (code == 0) {
             const bool damaged = (m_frame->decode_error_flags & FF_DECODE_ERROR_DECODE_SLICES) != 0;
             if (damaged && !m_spoilt_at) m_spoilt_at = static_cast<UnitNumber>(m_frame->pts);
@@ -95,6 +115,9 @@ void PictureDecoder::Reset() {
     while (Receive()) {
     }
     avcodec_flush_buffers(m_context.get());
+    NoteDamage();
+    m_gave_picture = false;
+    m_first_sent.reset();
     m_out_of_memory = false;
 }
 

@@ -10,6 +10,7 @@
 #include "ordune/Frame.h"
 #include "ordune/PicturePool.h"
 
+#include <atomic>
 #include <memory>
 #include <optional>
 #include <string>
@@ -48,9 +49,9 @@ class PictureDecoder {
     // then, nor do those that refer to it come out right.
     bool RanOutOfMemory() const { return m_out_of_memory; }
 
-    // The unit of the first picture in which the decoder gave something up as damaged. libavcodec's H.264
-    // (5.1 at least) is then no longer what a new one is: pictures of later groups come out wrong, also after
-    // Reset.
+    // Where the decoder first gave something up as damaged: the unit, or one of the few before it that were
+    // decoded at the same time. libavcodec's H.264 (5.1 at least) is then no longer what a new one is:
+    // pictures of later groups come out wrong, also after Reset.
     std::optional<UnitNumber> SpoiltAt() const { return m_spoilt_at; }
 
     int ReorderDepth() const { return m_reorder_depth; }
@@ -58,12 +59,18 @@ class PictureDecoder {
   private:
     PictureDecoder() = default;
     static int GetBuffer(AVCodecContext* context, AVFrame* frame, int flags);
+    static void OnError(AVCodecContext* context);
+    void NoteDamage();
 
     // The context's threads use the pool, so it must outlive the context.
     std::shared_ptr<PicturePool> m_pool;
     ffmpeg::FramePtr m_frame;
     ffmpeg::CodecContextPtr m_context;
     int m_reorder_depth = 0;
+    std::atomic<bool> m_met_error{false};   // set on the decoder's threads
+    std::optional<UnitNumber> m_first_sent; // since the last Reset
+    UnitNumber m_last_sent = 0;
+    bool m_gave_picture = false; // since the last Reset
     std::optional<UnitNumber> m_spoilt_at;
     bool m_out_of_memory = false;
 };

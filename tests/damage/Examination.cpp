@@ -154,6 +154,7 @@ Examination::Report Examination::Probe(const std::string& path, const std::vecto
         words >> word;
         if (word == "open") {
             report.opened = true;
+            words >> report.total;
         } else if (word == "frame" || word == "last") {
             std::string number;
             std::string hash;
@@ -250,9 +251,8 @@ void Examination::Judge(const Expectation& expectation, const Report& report, Ve
     }
     if (expectation.numbered) {
         const std::uint32_t key = expectation.after.front();
-        const auto found = report.pictures.find("frame " + std::to_string(key));
-        const bool kept = found != report.pictures.end() && found->second == m_hashes.at(key);
-        if (!kept) verdict.broken.push_back("picture " + std::to_string(key) + " has lost its number");
+        if (report.total != m_plan.total || shown("frame " + std::to_string(key)) == "-")
+            verdict.broken.push_back("picture " + std::to_string(key) + " has lost its number");
     }
     verdict.checked_before = !expectation.before.empty();
     verdict.checked_after = !expectation.after.empty();

@@ -68,6 +68,7 @@ class Examination {
     struct Report {
         int exit_code = 0;
         bool opened = false;
+        std::uint32_t total = 0;                     // frames
         std::map<std::string, std::string> pictures; // "frame 7", "last 3": the hash
         std::string played;                          // empty: not asked, or no answer
         std::chrono::milliseconds slowest{0};

@@ -1,4 +1,5 @@
 // What a damaged picture does to those that have nothing to do with it.
+#include "ordune/PictureDecoder.h"
 #include "tests/ordune/ClipReading.h"
 
 extern "C" {
@@ -87,6 +88,58 @@ TEST_P(DamagedPicture, LeavesTheNextGroupAsItIs) {
             ASSERT_EQ(shown[frame], right[frame]) << "frame " << frame << ", variant " << variant;
     }
     EXPECT_GT(damaged, 10);
+}
+
+namespace {
+
+// Where a decoder on so many threads met damage in a group whose last picture but one in the order of
+// decoding is damaged at places that `variant` tells.
+std::optional<UnitNumber> DamageMet(const MediaFile& file, int threads, unsigned variant) {
+    constexpr UnitNumber kDamaged = 10;
+    std::mt19937 random(variant);
+    auto decoder = PictureDecoder::Make(file.VideoParameters(), {threads, 2},
+                                        std::make_shared<PicturePool>(std::size_t{1} << 20), file.Path());
+    auto units = file.MakeUnitReader();
+    if (!decoder || !units) throw std::runtime_error("no decoder");
+    const auto take_pictures = [&] {
+        while (decoder.Value()->Receive()) {
+        }
+    };
+    for (UnitNumber unit = 0; unit < kDamaged + 2; ++unit) {
+        const auto next = units.Value()->Next();
+        if (!next || !next.Value()) throw std::runtime_error("no unit");
+        AVPacket* packet = next.Value()->packet;
+        for (int at = 40; unit == kDamaged && at < packet->size; at += 1 + static_cast<int>(random() % 60))
+            packet->data[at] ^= static_cast<std::uint8_t>(1U << (random() % 8));
+        decoder.Value()->Send(packet, false);
+        take_pictures();
+    }
+    decoder.Value()->Drain();
+    take_pictures();
+    return decoder.Value()->SpoiltAt();
+}
+
+} // namespace
+
+// A picture is given out before another thread has decoded it to its end, now and then: what it says of
+// itself is not enough.
+TEST(DamagedPictures, AreNoticedHoweverTheDecodersThreadsRun) {
+    const ClipFolder folder("noticed");
+    support::MakeClip(folder.File("whole.mp4"),
+                      {.width = 160, .height = 96, .frames = 24, .keyInterval = 12, .bFrames = 2});
+    const auto file = MediaFile::Open(folder.File("whole.mp4"));
+    ASSERT_TRUE(file);
+    int noticed = 0;
+    for (unsigned variant = 0; variant < 400; ++variant) {
+        const auto alone = DamageMet(*file.Value(), 1, variant);
+        const auto together = DamageMet(*file.Value(), 4, variant);
+        ASSERT_EQ(alone.has_value(), together.has_value()) << "variant " << variant;
+        if (!alone) continue; // wrong, but decoded without a word
+        ++noticed;
+        EXPECT_LE(*together, 10U);
+        EXPECT_GE(*together + 5, 10U) << "so many units at a time";
+    }
+    EXPECT_GT(noticed, 200);
 }
 
 INSTANTIATE_TEST_SUITE_P(Threads, DamagedPicture, testing::Values(1, 2));
