@@ -8,6 +8,7 @@ extern "C" {
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <iterator>
 #include <mutex>
@@ -100,6 +101,9 @@ struct PicturePool::Store : std::enable_shared_from_this<PicturePool::Store> {
     struct Loan {
         std::shared_ptr<Store> store;
         std::size_t bytes = 0;
+        // libavutil counts references by means that no thread sanitizer sees; this says what they say: all
+        // that was done at lending comes before the giving back, whichever thread does it.
+        std::atomic<bool> lent{false};
     };
 
     ~Store() { FreeAll(spare); }
@@ -176,6 +180,7 @@ struct PicturePool::Store : std::enable_shared_from_this<PicturePool::Store> {
 
     static void Release(void* opaque, std::uint8_t* data) {
         const std::unique_ptr<Loan> loan(static_cast<Loan*>(opaque));
+        static_cast<void>(loan->lent.load(std::memory_order_acquire));
         loan->store->GiveBack(data, loan->bytes);
     }
 };
@@ -196,6 +201,7 @@ bool PicturePool::Fill(AVCodecContext* context, AVFrame* frame) {
     if (!loan) return false;
     std::uint8_t* buffer = m_store->Take(layout.bytes);
     if (!buffer) return false;
+    loan->lent.store(true, std::memory_order_release);
     frame->buf[0] = av_buffer_create(buffer, layout.bytes, &Store::Release, loan.get(), 0);
     if (!frame->buf[0]) {
         m_store->GiveBack(buffer, layout.bytes);

@@ -159,7 +159,7 @@ Examination::Report Examination::Probe(const std::string& path, const std::vecto
             std::string number;
             std::string hash;
             words >> number >> hash;
-            report.pictures[word + " " + number] = hash;
+            report.pictures[word.append(" ").append(number)] = hash;
         } else if (word == "played") {
             words >> report.played;
         } else if (word == "slowest") {
